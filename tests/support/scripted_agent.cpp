@@ -16,7 +16,7 @@ namespace
 {
 
 // Wire offsets, typed here so that the tests don't lean on the record that they check.
-constexpr size_t k_header = 56;
+constexpr uint32_t k_header = 56;
 constexpr size_t k_at_version = 2;
 constexpr size_t k_at_flags1 = 4;
 constexpr size_t k_at_reserved = 6;
@@ -48,7 +48,7 @@ size_t length_of(const std::string &header)
     const uint32_t length1 = u(k_at_esize1) * u(k_at_elements1) + u(k_at_bsize1);
     const bool has_buffer2 = (static_cast<uint8_t>(header[k_at_flags1]) & 0x08) != 0;
     const uint32_t length2 = has_buffer2 ? u(k_at_esize2) * u(k_at_elements2) + u(k_at_bsize2) : 0;
-    return static_cast<uint32_t>(static_cast<uint32_t>(k_header) + length1 + length2);
+    return uint32_t{k_header} + length1 + length2;
 }
 
 [[noreturn]] void give_up(const char *what)
