@@ -78,15 +78,11 @@ struct Kind {
 
 // The kinds of events take turns in this order.
 constexpr Kind k_kinds[] = {
-    {"flow",   KT_LEVEL_INFO,    flow_added     },
-    {"bridge", KT_LEVEL_DEBUG,   address_learned},
-    {"port",   KT_LEVEL_NOTICE,  link_changed   },
-    {"vxlan",  KT_LEVEL_INFO,    peer_found     },
-    {"flow",   KT_LEVEL_INFO,    flow_aged      },
-    {"mirror", KT_LEVEL_PACKET,  packet_mirrored},
-    {"port",   KT_LEVEL_WARNING, queue_filled   },
-    {"timer",  KT_LEVEL_LOG,     swept          },
-    {"vxlan",  KT_LEVEL_ERROR,   peer_lost      },
+    {"flow", KT_LEVEL_INFO, flow_added},      {"bridge", KT_LEVEL_DEBUG, address_learned},
+    {"port", KT_LEVEL_NOTICE, link_changed},  {"vxlan", KT_LEVEL_INFO, peer_found},
+    {"flow", KT_LEVEL_INFO, flow_aged},       {"mirror", KT_LEVEL_PACKET, packet_mirrored},
+    {"port", KT_LEVEL_WARNING, queue_filled}, {"timer", KT_LEVEL_LOG, swept},
+    {"vxlan", KT_LEVEL_ERROR, peer_lost},
 };
 
 void tell(LogService &service, uint32_t n)

@@ -31,24 +31,24 @@ struct NumberRow {
 };
 
 constexpr FlagRow k_flags[] = {
-    {"--foreground",   &Options::foreground  },
-    {"--help",         &Options::help        },
-    {"--kmsg",         &Options::kmsg        },
+    {"--foreground", &Options::foreground},
+    {"--help", &Options::help},
+    {"--kmsg", &Options::kmsg},
     {"--no-line-feed", &Options::no_line_feed},
 };
 
 constexpr TextRow k_texts[] = {
-    {"--feed",    "a file or -", &Options::feed   },
-    {"--pidfile", "a path",      &Options::pidfile},
-    {"--socket",  "a path",      &Options::socket },
+    {"--feed", "a file or -", &Options::feed},
+    {"--pidfile", "a path", &Options::pidfile},
+    {"--socket", "a path", &Options::socket},
 };
 
 constexpr NumberRow k_numbers[] = {
-    {"--capacity",    &Options::capacity,    1, 1048576   },
+    {"--capacity", &Options::capacity, 1, 1048576},
     {"--first-entry", &Options::first_entry, 0, UINT64_MAX},
-    {"--modules",     &Options::modules,     0, 65536     },
-    {"--preload",     &Options::preload,     0, 10000000  },
-    {"--rate",        &Options::rate,        0, 1000000   },
+    {"--modules", &Options::modules, 0, 65536},
+    {"--preload", &Options::preload, 0, 10000000},
+    {"--rate", &Options::rate, 0, 1000000},
 };
 
 constexpr std::string_view k_version_mismatch = "--version-mismatch";

@@ -141,14 +141,7 @@ std::vector<uint8_t> whole_request(Input &input)
         uint32_t size;
     };
     constexpr Kind k_kinds[] = {
-        {56,  4  },
-        {63,  4  },
-        {233, 48 },
-        {234, 152},
-        {236, 8  },
-        {311, 48 },
-        {312, 48 },
-        {313, 4  },
+        {56, 4}, {63, 4}, {233, 48}, {234, 152}, {236, 8}, {311, 48}, {312, 48}, {313, 4},
     };
     const Kind &kind = k_kinds[input.byte() % std::size(k_kinds)];
     AgentRequest request{};

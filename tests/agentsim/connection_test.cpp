@@ -88,20 +88,20 @@ TEST_F(ConnectionTest, counts_lengths_from_the_header)
         size_t length; // of both buffers
         int32_t status;
     } const rows[] = {
-        {0x01, 0,       1,          4,       0,   0,  0,  4,       0}, // one element
-        {0x03, 2,       2,          1,       0,   0,  0,  4,       0},
-        {0x04, 8,       10,         1,       0,   0,  0,  18,      5},
-        {0x03, 4,       0,          0,       100, 0,  0,  4,       0}, // buffer 2 takes no part
-        {0x0B, 4,       0,          0,       100, 0,  0,  104,     0},
-        {0x0C, 4,       0,          0,       5,   10, 10, 109,     0},
-        {0x01, 0,       0,          0,       0,   0,  0,  0,       5},
-        {0x08, 0,       0,          0,       0,   0,  0,  0,       5},
-        {0x08, 0,       0,          0,       7,   0,  0,  7,       5},
-        {0x01, 4,       0x10000,    0x10000, 0,   0,  0,  4,       0}, // wraps to 0
-        {0x01, 8,       0x3FFFFFFF, 4,       0,   0,  0,  4,       0}, // wraps to -4
-        {0x01, 4040,    0,          0,       0,   0,  0,  4040,    5},
-        {0x01, 4041,    0,          0,       0,   0,  0,  4041,    5}, // a longer buffer
-        {0x01, 1048520, 0,          0,       0,   0,  0,  1048520, 5},
+        {0x01, 0, 1, 4, 0, 0, 0, 4, 0}, // one element
+        {0x03, 2, 2, 1, 0, 0, 0, 4, 0},
+        {0x04, 8, 10, 1, 0, 0, 0, 18, 5},
+        {0x03, 4, 0, 0, 100, 0, 0, 4, 0}, // buffer 2 takes no part
+        {0x0B, 4, 0, 0, 100, 0, 0, 104, 0},
+        {0x0C, 4, 0, 0, 5, 10, 10, 109, 0},
+        {0x01, 0, 0, 0, 0, 0, 0, 0, 5},
+        {0x08, 0, 0, 0, 0, 0, 0, 0, 5},
+        {0x08, 0, 0, 0, 7, 0, 0, 7, 5},
+        {0x01, 4, 0x10000, 0x10000, 0, 0, 0, 4, 0}, // wraps to 0
+        {0x01, 8, 0x3FFFFFFF, 4, 0, 0, 0, 4, 0},    // wraps to -4
+        {0x01, 4040, 0, 0, 0, 0, 0, 4040, 5},
+        {0x01, 4041, 0, 0, 0, 0, 0, 4041, 5}, // a longer buffer
+        {0x01, 1048520, 0, 0, 0, 0, 0, 1048520, 5},
     };
     for (const auto &row : rows) {
         SCOPED_TRACE(&row - rows);
@@ -143,14 +143,11 @@ TEST_F(ConnectionTest, ends_at_absurd_lengths_with_the_header)
         uint32_t bsize1, elements1, esize1;
         uint32_t bsize2;
     } const rows[] = {
-        {0x01, 1048521,    0,       0,      0         },
-        {0x01, 0xFFFFFFFF, 0,       0,      0         },
-        {0x01, 0xFFFFFFC8, 0,       0,      0         }, // with the header 0 in 32 bits
-        {0x01, 0,          0x10000, 0xFFFF, 0         },
-        {0x09, 0,          0,       0,      1048521   },
-        {0x09, 0xFFFFFFFF, 0,       0,      5         }, // together 4 in 32 bits
-        {0x09, 4,          0,       0,      0xFFFFFFFF},
-        {0x09, 524260,     0,       0,      524261    },
+        {0x01, 1048521, 0, 0, 0},      {0x01, 0xFFFFFFFF, 0, 0, 0},
+        {0x01, 0xFFFFFFC8, 0, 0, 0}, // with the header 0 in 32 bits
+        {0x01, 0, 0x10000, 0xFFFF, 0}, {0x09, 0, 0, 0, 1048521},
+        {0x09, 0xFFFFFFFF, 0, 0, 5}, // together 4 in 32 bits
+        {0x09, 4, 0, 0, 0xFFFFFFFF},   {0x09, 524260, 0, 0, 524261},
     };
     for (const auto &row : rows) {
         SCOPED_TRACE(&row - rows);

@@ -59,15 +59,9 @@ TEST(EventLog, after_gives_the_oldest_entry_above_the_cursor)
         uint64_t cursor;
         int64_t expected; // -1: none
     } const rows[] = {
-        {k_none,             2 },
-        {0,                  2 },
-        {1,                  2 },
-        {2,                  3 },
-        {3,                  4 },
-        {4,                  -1},
-        {5,                  -1},
-        {0x8000000000000000, -1},
-        {k_none - 1,         -1},
+        {k_none, 2},      {0, 2},  {1, 2},  {2, 3},
+        {3, 4},           {4, -1}, {5, -1}, {0x8000000000000000, -1},
+        {k_none - 1, -1},
     };
     for (const auto &row : rows) {
         SCOPED_TRACE(row.cursor);
@@ -171,14 +165,14 @@ TEST(EventLog, a_limit_beyond_the_last_number_is_none)
         uint64_t count;
         uint64_t stop_after;
     } const rows[] = {
-        {0,          1,          0         },
-        {0,          k_none,     k_none - 1},
-        {1,          k_none,     k_none    },
-        {1,          k_none - 1, k_none - 1},
-        {100,        k_none - 5, k_none    },
-        {k_none - 1, 1,          k_none - 1},
-        {k_none - 1, 2,          k_none    },
-        {k_none,     1,          k_none    },
+        {0, 1, 0},
+        {0, k_none, k_none - 1},
+        {1, k_none, k_none},
+        {1, k_none - 1, k_none - 1},
+        {100, k_none - 5, k_none},
+        {k_none - 1, 1, k_none - 1},
+        {k_none - 1, 2, k_none},
+        {k_none, 1, k_none},
     };
     for (const auto &row : rows) {
         SCOPED_TRACE(row.total);

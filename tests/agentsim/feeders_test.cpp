@@ -72,12 +72,8 @@ TEST(set_message, ends_in_a_line_feed_and_a_terminator)
     const std::string most(126, 'x');
     const std::string more(5000, 'x');
     const std::pair<std::string, std::string> rows[] = {
-        {"",         "\n"       },
-        {"text",     "text\n"   },
-        {"a\0b"s,    "a b\n"    },
-        {most,       most + "\n"},
-        {most + "x", most + "\n"},
-        {more,       most + "\n"},
+        {"", "\n"},          {"text", "text\n"},        {"a\0b"s, "a b\n"},
+        {most, most + "\n"}, {most + "x", most + "\n"}, {more, most + "\n"},
     };
     for (const auto &[text, expected] : rows) {
         SCOPED_TRACE(text.size());
@@ -113,17 +109,8 @@ TEST(set_time, splits_a_wall_time)
 TEST(level_of_priority, follows_the_severity)
 {
     const std::pair<uint32_t, uint16_t> rows[] = {
-        {0,   0x01},
-        {1,   0x01},
-        {2,   0x01},
-        {3,   0x01},
-        {4,   0x04},
-        {5,   0x02},
-        {6,   0x08},
-        {7,   0x10},
-        {30,  0x08},
-        {188, 0x04},
-        {191, 0x10},
+        {0, 0x01}, {1, 0x01}, {2, 0x01},  {3, 0x01},   {4, 0x04},   {5, 0x02},
+        {6, 0x08}, {7, 0x10}, {30, 0x08}, {188, 0x04}, {191, 0x10},
     };
     for (const auto &[priority, level] : rows) {
         EXPECT_EQ(level_of_priority(priority), level) << priority;
@@ -137,17 +124,8 @@ TEST(module_of_priority, follows_the_facility)
         uint32_t standard;
         uint32_t of_five; // in a table of five generated modules
     } const rows[] = {
-        {0,  0, 0},
-        {1,  1, 1},
-        {2,  2, 2},
-        {3,  2, 3},
-        {4,  3, 4},
-        {5,  4, 0},
-        {9,  5, 4},
-        {10, 3, 0},
-        {15, 5, 0},
-        {16, 6, 1},
-        {23, 6, 3},
+        {0, 0, 0}, {1, 1, 1},  {2, 2, 2},  {3, 2, 3},  {4, 3, 4},  {5, 4, 0},
+        {9, 5, 4}, {10, 3, 0}, {15, 5, 0}, {16, 6, 1}, {23, 6, 3},
     };
     for (const auto &row : rows) {
         SCOPED_TRACE(row.facility);
@@ -164,28 +142,28 @@ TEST(parse_line, takes_a_priority_or_a_level_off)
         uint16_t level;
         std::string text;
     } const rows[] = {
-        {"plain",         14,  0x08, "plain"    },
-        {"",              14,  0x08, ""         },
-        {"<30>started",   30,  0x08, "started"  },
-        {"<0>",           0,   0x01, ""         },
-        {"<191> x",       191, 0x10, " x"       },
-        {"<192>x",        14,  0x08, "<192>x"   },
-        {"<>x",           14,  0x08, "<>x"      },
-        {"<3",            14,  0x08, "<3"       },
-        {"<-3>x",         14,  0x08, "<-3>x"    },
-        {"<b>x",          14,  0x08, "<b>x"     },
-        {"Error: broken", 14,  0x01, "broken"   },
-        {"notice:x",      14,  0x02, "x"        },
-        {"WARNING:  x",   14,  0x04, " x"       },
-        {"Info:",         14,  0x08, ""         },
-        {"debug: a: b",   14,  0x10, "a: b"     },
-        {"temp: x",       14,  0x20, "x"        },
-        {"Packet: x",     14,  0x40, "x"        },
-        {"log: x",        14,  0x80, "x"        },
-        {" error: x",     14,  0x08, " error: x"},
-        {"errors: x",     14,  0x08, "errors: x"},
-        {"error x",       14,  0x08, "error x"  },
-        {"<4>error: x",   4,   0x04, "error: x" },
+        {"plain", 14, 0x08, "plain"},
+        {"", 14, 0x08, ""},
+        {"<30>started", 30, 0x08, "started"},
+        {"<0>", 0, 0x01, ""},
+        {"<191> x", 191, 0x10, " x"},
+        {"<192>x", 14, 0x08, "<192>x"},
+        {"<>x", 14, 0x08, "<>x"},
+        {"<3", 14, 0x08, "<3"},
+        {"<-3>x", 14, 0x08, "<-3>x"},
+        {"<b>x", 14, 0x08, "<b>x"},
+        {"Error: broken", 14, 0x01, "broken"},
+        {"notice:x", 14, 0x02, "x"},
+        {"WARNING:  x", 14, 0x04, " x"},
+        {"Info:", 14, 0x08, ""},
+        {"debug: a: b", 14, 0x10, "a: b"},
+        {"temp: x", 14, 0x20, "x"},
+        {"Packet: x", 14, 0x40, "x"},
+        {"log: x", 14, 0x80, "x"},
+        {" error: x", 14, 0x08, " error: x"},
+        {"errors: x", 14, 0x08, "errors: x"},
+        {"error x", 14, 0x08, "error x"},
+        {"<4>error: x", 4, 0x04, "error: x"},
     };
     for (const auto &row : rows) {
         SCOPED_TRACE(row.line);
@@ -204,11 +182,8 @@ TEST_F(FeedersTest, lines_are_events_wherever_the_pieces_end)
         uint16_t level;
         const char *message;
     } const expected[] = {
-        {1, 0x08, "first\n" },
-        {1, 0x08, "\n"      },
-        {0, 0x01, "second\n"},
-        {1, 0x10, "third\n" },
-        {1, 0x08, "last\n"  },
+        {1, 0x08, "first\n"}, {1, 0x08, "\n"},     {0, 0x01, "second\n"},
+        {1, 0x10, "third\n"}, {1, 0x08, "last\n"},
     };
     for (const size_t size : {1U, 2U, 5U, 100U}) {
         SCOPED_TRACE(size);
@@ -286,16 +261,16 @@ TEST(parse_kmsg, reads_the_fields)
         uint16_t cpu;
         const char *text;
     } const rows[] = {
-        {"6,60,98809,-;CPU\n",                   6,  60,         98809, 0,     "CPU"     },
-        {"30,1,2,-,caller=C3;a;b\n",             30, 1,          2,     3,     "a;b"     },
-        {"4,1,2,-,caller=T812;text\n",           4,  1,          2,     0,     "text"    },
-        {"4,1,2,-,caller=T812,C17;text\n",       4,  1,          2,     17,    "text"    },
-        {"4,1,2,c,x=1,caller=C65535;text",       4,  1,          2,     65535, "text"    },
-        {"4,1,2,-,caller=C65536;text",           4,  1,          2,     0,     "text"    },
-        {"4,1,2,-,caller=C;text",                4,  1,          2,     0,     "text"    },
-        {"0,18446744073709551615,0,-;",          0,  UINT64_MAX, 0,     0,     ""        },
-        {"3,4,5,-;text\n SUBSYSTEM=usb\n A=b\n", 3,  4,          5,     0,     "text"    },
-        {"3,4,5;no flags\n",                     3,  4,          5,     0,     "no flags"},
+        {"6,60,98809,-;CPU\n", 6, 60, 98809, 0, "CPU"},
+        {"30,1,2,-,caller=C3;a;b\n", 30, 1, 2, 3, "a;b"},
+        {"4,1,2,-,caller=T812;text\n", 4, 1, 2, 0, "text"},
+        {"4,1,2,-,caller=T812,C17;text\n", 4, 1, 2, 17, "text"},
+        {"4,1,2,c,x=1,caller=C65535;text", 4, 1, 2, 65535, "text"},
+        {"4,1,2,-,caller=C65536;text", 4, 1, 2, 0, "text"},
+        {"4,1,2,-,caller=C;text", 4, 1, 2, 0, "text"},
+        {"0,18446744073709551615,0,-;", 0, UINT64_MAX, 0, 0, ""},
+        {"3,4,5,-;text\n SUBSYSTEM=usb\n A=b\n", 3, 4, 5, 0, "text"},
+        {"3,4,5;no flags\n", 3, 4, 5, 0, "no flags"},
     };
     for (const auto &row : rows) {
         SCOPED_TRACE(row.record);
@@ -320,17 +295,17 @@ TEST(parse_kmsg, refuses_what_is_no_record)
 TEST(unescape_kmsg, gives_back_what_can_be_read)
 {
     const std::pair<std::string, std::string> rows[] = {
-        {"plain",                    "plain"                   },
-        {"a\\x5cb",                  "a\\b"                    },
-        {"tab\\x09end",              "tab\tend"                },
-        {"caf\\xc3\\xa9",            "caf\xC3\xA9"             },
+        {"plain", "plain"},
+        {"a\\x5cb", "a\\b"},
+        {"tab\\x09end", "tab\tend"},
+        {"caf\\xc3\\xa9", "caf\xC3\xA9"},
         {"\\x1b[31m red \\x0a\\x7f", "\\x1b[31m red \\x0a\\x7f"},
-        {"\\x00",                    "\\x00"                   },
-        {"\\x",                      "\\x"                     },
-        {"\\x5",                     "\\x5"                    },
-        {"\\xg5z",                   "\\xg5z"                  },
-        {"\\x-5z",                   "\\x-5z"                  },
-        {"\\x5\\x5c",                "\\x5\\"                  },
+        {"\\x00", "\\x00"},
+        {"\\x", "\\x"},
+        {"\\x5", "\\x5"},
+        {"\\xg5z", "\\xg5z"},
+        {"\\x-5z", "\\x-5z"},
+        {"\\x5\\x5c", "\\x5\\"},
     };
     for (const auto &[text, expected] : rows) {
         char out[64];
@@ -394,15 +369,15 @@ TEST_F(FeedersTest, the_generator_preloads_what_it_is_told_to)
         uint16_t level;
         const char *message;
     } const expected[] = {
-        {7,  0x08, "flow 0 added: port 0 to port 7\n"          },
-        {9,  0x10, "learned 02:00:00:00:00:01 on port 1\n"     },
-        {8,  0x02, "port 2: link is up\n"                      },
-        {10, 0x08, "segment 4099: peer 192.0.2.4 reachable\n"  },
-        {7,  0x08, "flow 4 aged out after 148 packets\n"       },
-        {8,  0x04, "port 6: receive queue 81% full\n"          },
-        {12, 0x80, "statistics sweep 7 done\n"                 },
+        {7, 0x08, "flow 0 added: port 0 to port 7\n"},
+        {9, 0x10, "learned 02:00:00:00:00:01 on port 1\n"},
+        {8, 0x02, "port 2: link is up\n"},
+        {10, 0x08, "segment 4099: peer 192.0.2.4 reachable\n"},
+        {7, 0x08, "flow 4 aged out after 148 packets\n"},
+        {8, 0x04, "port 6: receive queue 81% full\n"},
+        {12, 0x80, "statistics sweep 7 done\n"},
         {10, 0x01, "segment 4104: no route to peer 192.0.2.9\n"},
-        {7,  0x08, "flow 9 added: port 9 to port 16\n"         },
+        {7, 0x08, "flow 9 added: port 9 to port 16\n"},
     };
     const auto all = entries();
     ASSERT_EQ(all.size(), std::size(expected));

@@ -62,10 +62,7 @@ TEST(LogService, tells_the_version_by_status_alone)
 
 TEST(LogService, tells_the_management_address_in_text_order)
 {
-    LogService service = service_of(4, 0,
-                                    {
-                                        .management_ip = {192, 0, 2, 7}
-    });
+    LogService service = service_of(4, 0, {.management_ip = {192, 0, 2, 7}});
     Client client;
     std::array<uint8_t, 4> address{};
     EXPECT_EQ(call(service, client, 56, 0, address), 0);
@@ -88,14 +85,7 @@ TEST(LogService, refuses_unknown_opcodes_and_leaves_the_payload)
 TEST(LogService, refuses_payloads_of_another_size)
 {
     const std::pair<uint16_t, size_t> rows[] = {
-        {56,  4  },
-        {63,  4  },
-        {233, 48 },
-        {234, 152},
-        {236, 8  },
-        {311, 48 },
-        {312, 48 },
-        {313, 4  },
+        {56, 4}, {63, 4}, {233, 48}, {234, 152}, {236, 8}, {311, 48}, {312, 48}, {313, 4},
     };
     LogService service = service_of();
     log(service, 1);
@@ -158,13 +148,13 @@ TEST(LogService, finds_modules_by_exact_name_and_all_in_any_case)
         uint32_t printing;
         const char *name_back;
     } const rows[] = {
-        {"kern",   0, 0,          0xFF, 0x9F, "kern"  },
-        {"mirror", 0, 11,         0x5F, 0x1F, "mirror"},
-        {"all",    0, 0xFFFFFFFF, 0xFF, 0x9F, "all"   },
-        {"ALL",    0, 0xFFFFFFFF, 0xFF, 0x9F, "all"   },
-        {"Kern",   3, 77,         77,   77,   "Kern"  },
-        {"alls",   3, 77,         77,   77,   "alls"  },
-        {"",       3, 77,         77,   77,   ""      },
+        {"kern", 0, 0, 0xFF, 0x9F, "kern"},
+        {"mirror", 0, 11, 0x5F, 0x1F, "mirror"},
+        {"all", 0, 0xFFFFFFFF, 0xFF, 0x9F, "all"},
+        {"ALL", 0, 0xFFFFFFFF, 0xFF, 0x9F, "all"},
+        {"Kern", 3, 77, 77, 77, "Kern"},
+        {"alls", 3, 77, 77, 77, "alls"},
+        {"", 3, 77, 77, 77, ""},
     };
     LogService service = service_of();
     Client client;

@@ -12,19 +12,11 @@ TEST(ModuleTable, standard_modules_in_order)
         uint32_t available;
         uint32_t printing;
     } const rows[] = {
-        {"kern",   0xFF, 0x9F},
-        {"user",   0xFF, 0x9F},
-        {"daemon", 0xFF, 0x9F},
-        {"auth",   0xFF, 0x9F},
-        {"syslog", 0xFF, 0x9F},
-        {"cron",   0xFF, 0x9F},
-        {"local",  0xFF, 0x9F},
-        {"flow",   0xFF, 0x9F},
-        {"port",   0xFF, 0x9F},
-        {"bridge", 0xFF, 0x9F},
-        {"vxlan",  0xFF, 0x9F},
-        {"mirror", 0x5F, 0x1F},
-        {"timer",  0x87, 0x87},
+        {"kern", 0xFF, 0x9F},   {"user", 0xFF, 0x9F},   {"daemon", 0xFF, 0x9F},
+        {"auth", 0xFF, 0x9F},   {"syslog", 0xFF, 0x9F}, {"cron", 0xFF, 0x9F},
+        {"local", 0xFF, 0x9F},  {"flow", 0xFF, 0x9F},   {"port", 0xFF, 0x9F},
+        {"bridge", 0xFF, 0x9F}, {"vxlan", 0xFF, 0x9F},  {"mirror", 0x5F, 0x1F},
+        {"timer", 0x87, 0x87},
     };
     const ModuleTable table = ModuleTable::standard();
     uint32_t cursor = 0xFFFFFFFF;
@@ -87,13 +79,9 @@ TEST(ModuleTable, set_printing_is_cut_to_what_is_available)
         bool known;
         uint32_t printing;
     } const rows[] = {
-        {0,          0xFF,       true,  0xFF},
-        {0,          0,          true,  0   },
-        {0,          0xFFFFFFFF, true,  0xFF},
-        {11,         0xFF,       true,  0x5F},
-        {12,         0x18,       true,  0   },
-        {13,         0xFF,       false, 0   },
-        {0xFFFFFFFF, 0xFF,       false, 0   },
+        {0, 0xFF, true, 0xFF},        {0, 0, true, 0},     {0, 0xFFFFFFFF, true, 0xFF},
+        {11, 0xFF, true, 0x5F},       {12, 0x18, true, 0}, {13, 0xFF, false, 0},
+        {0xFFFFFFFF, 0xFF, false, 0},
     };
     for (const auto &row : rows) {
         SCOPED_TRACE(row.index);

@@ -1,8 +1,14 @@
+// The program itself, over its socket.
+#include <csignal>
+#include <fcntl.h>
 #include <fstream>
 #include <memory>
 #include <sys/stat.h>
+#include <thread>
 
-#include "tests/agentsim/agent_process.h"
+#include "tests/agentsim/agent_client.h"
+#include "tests/support/child.h"
+#include "tests/support/eventually.h"
 
 using namespace ruk_test;
 
@@ -16,17 +22,20 @@ protected:
     std::string path_ = folder_.file("socket");
 
     // The stand-in Agent at path_, with further arguments.
-    std::unique_ptr<Process> launch(const std::vector<std::string> &more = {}) const
+    std::unique_ptr<Child> launch(const std::vector<std::string> &more = {},
+                                  const std::string &input = "") const
     {
         std::vector<std::string> arguments = {RUK_AGENTSIM, "--socket", path_};
         arguments.insert(arguments.end(), more.begin(), more.end());
-        return std::make_unique<Process>(arguments);
+        return std::make_unique<Child>(arguments, input);
     }
 
-    std::unique_ptr<Process> serve(const std::vector<std::string> &more = {}) const
+    std::unique_ptr<Child> serve(const std::vector<std::string> &more = {},
+                                 const std::string &input = "") const
     {
-        auto agent = launch(more);
-        EXPECT_EQ(agent->line(), "ruklog-agentsim: serving " + path_ + "\n");
+        auto agent = launch(more, input);
+        EXPECT_TRUE(agent->wait_for_output("\n"));
+        EXPECT_EQ(agent->out(), "ruklog-agentsim: serving " + path_ + "\n");
         return agent;
     }
 
@@ -37,11 +46,11 @@ protected:
         return lstat(path.c_str(), &file) == 0;
     }
 
-    // What a program that is to fail says, with its exit status before it.
-    static std::string failure_of(Process &program)
+    // How the program ended and what it said of it: "1 error\n".
+    static std::string end_of(Child &program)
     {
-        const int status = program.exit_status();
-        return std::to_string(status) + " " + program.errors();
+        const Outcome outcome = program.wait(10s);
+        return std::to_string(outcome.exit_status) + " " + outcome.err;
     }
 
     // Binds a socket file as a server that has died leaves it behind.
@@ -66,12 +75,12 @@ protected:
 
 TEST_F(ServerTest, serves_at_the_agents_own_path_by_default)
 {
-    Process agent({RUK_AGENTSIM});
-    ASSERT_EQ(agent.line(), "ruklog-agentsim: serving /var/tmp/brelovs_api_socket\n");
+    Child agent({RUK_AGENTSIM});
+    ASSERT_TRUE(agent.wait_for_output("ruklog-agentsim: serving /var/tmp/brelovs_api_socket\n"));
     uint32_t word = 0;
     EXPECT_EQ(AgentClient("/var/tmp/brelovs_api_socket").call(63, 0, word), 0);
     agent.send_signal(SIGTERM);
-    EXPECT_EQ(agent.exit_status(), 0);
+    EXPECT_EQ(end_of(agent), "0 ");
 }
 
 TEST_F(ServerTest, says_when_it_is_ready_and_stops_clean)
@@ -86,7 +95,7 @@ TEST_F(ServerTest, says_when_it_is_ready_and_stops_clean)
         AgentClient client(path_);
         EXPECT_TRUE(client.connected());
         agent->send_signal(number);
-        EXPECT_EQ(failure_of(*agent), "0 ");
+        EXPECT_EQ(end_of(*agent), "0 ");
         EXPECT_FALSE(exists(path_));
         EXPECT_FALSE(exists(folder_.file("pid")));
         EXPECT_TRUE(client.is_closed());
@@ -97,8 +106,8 @@ TEST_F(ServerTest, does_not_take_over_a_live_socket)
 {
     const auto agent = serve();
     const auto second = launch();
-    EXPECT_EQ(failure_of(*second), "1 ruklog-agentsim: an Agent is serving " + path_ +
-                                       " already; stop it or give another --socket\n");
+    EXPECT_EQ(end_of(*second), "1 ruklog-agentsim: an Agent is serving " + path_ +
+                                   " already; stop it or give another --socket\n");
     expect_served();
 }
 
@@ -113,8 +122,8 @@ TEST_F(ServerTest, does_not_take_over_a_live_socket_whose_queue_is_full)
     const AgentClient waiting(path_);
     ASSERT_TRUE(waiting.connected());
     const auto second = launch();
-    EXPECT_EQ(failure_of(*second), "1 ruklog-agentsim: an Agent is serving " + path_ +
-                                       " already; stop it or give another --socket\n");
+    EXPECT_EQ(end_of(*second), "1 ruklog-agentsim: an Agent is serving " + path_ +
+                                   " already; stop it or give another --socket\n");
     close(fd);
 }
 
@@ -129,7 +138,7 @@ TEST_F(ServerTest, replaces_the_socket_of_an_agent_that_was_killed)
 {
     const auto first = serve();
     first->send_signal(SIGKILL);
-    EXPECT_EQ(first->exit_status(), -SIGKILL);
+    EXPECT_EQ(first->wait(10s).signal, SIGKILL);
     ASSERT_TRUE(exists(path_));
     const auto second = serve();
     expect_served();
@@ -138,16 +147,16 @@ TEST_F(ServerTest, replaces_the_socket_of_an_agent_that_was_killed)
 TEST_F(ServerTest, one_of_several_that_start_at_once_serves)
 {
     leave_dead_socket();
-    std::vector<std::unique_ptr<Process>> agents;
+    std::vector<std::unique_ptr<Child>> agents;
     for (int i = 0; i < 4; ++i) {
         agents.push_back(launch());
     }
     int serving = 0;
     for (const auto &agent : agents) {
-        if (!agent->line().empty()) {
+        if (agent->wait_for_output("serving")) {
             ++serving;
         } else {
-            EXPECT_EQ(agent->exit_status(), 1);
+            EXPECT_EQ(agent->wait(10s).exit_status, 1);
         }
     }
     EXPECT_EQ(serving, 1);
@@ -158,9 +167,9 @@ TEST_F(ServerTest, leaves_a_file_that_is_no_socket)
 {
     std::ofstream(path_) << "precious";
     const auto agent = launch();
-    EXPECT_EQ(failure_of(*agent), "1 ruklog-agentsim: " + path_ +
-                                      " exists and is not a socket; remove it or give another "
-                                      "--socket\n");
+    EXPECT_EQ(end_of(*agent), "1 ruklog-agentsim: " + path_ +
+                                  " exists and is not a socket; remove it or give another "
+                                  "--socket\n");
     std::string text;
     std::ifstream(path_) >> text;
     EXPECT_EQ(text, "precious");
@@ -172,7 +181,7 @@ TEST_F(ServerTest, leaves_a_socket_that_took_its_place)
     ASSERT_EQ(unlink(path_.c_str()), 0);
     leave_dead_socket();
     agent->send_signal(SIGTERM);
-    EXPECT_EQ(agent->exit_status(), 0);
+    EXPECT_EQ(end_of(*agent), "0 ");
     EXPECT_TRUE(exists(path_));
 }
 
@@ -184,8 +193,8 @@ TEST_F(ServerTest, says_why_it_cannot_start)
     const auto expect_failure = [this](const std::vector<std::string> &arguments,
                                        const std::string &expected) {
         const auto agent = launch(arguments);
-        EXPECT_EQ(failure_of(*agent), expected);
-        EXPECT_EQ(agent->line(), "");
+        EXPECT_EQ(end_of(*agent), expected);
+        EXPECT_EQ(agent->out(), "");
         EXPECT_FALSE(exists(path_));
     };
     expect_failure({"--socket", lost}, "1 ruklog-agentsim: cannot lock the folder of " + lost +
@@ -203,9 +212,15 @@ TEST_F(ServerTest, says_why_it_cannot_start)
 
 TEST_F(ServerTest, helps)
 {
-    Process agent({RUK_AGENTSIM, "--help"});
-    EXPECT_EQ(agent.line(), "Usage: ruklog-agentsim [options]\n");
-    EXPECT_EQ(agent.exit_status(), 0);
+    const Outcome outcome = run({RUK_AGENTSIM, "--help"});
+    EXPECT_EQ(outcome.exit_status, 0);
+    EXPECT_TRUE(outcome.out.starts_with("Usage: ruklog-agentsim [options]\n"));
+    for (const char *option : {"--preload", "--rate", "--feed", "--no-line-feed", "--kmsg",
+                               "--capacity", "--first-entry", "--modules", "--socket", "--pidfile",
+                               "--management-ip", "--version-mismatch", "--foreground", "--help"}) {
+        EXPECT_NE(outcome.out.find(std::string("\n  ") + option + " "), std::string::npos)
+            << option;
+    }
 }
 
 TEST_F(ServerTest, answers_a_request_that_comes_byte_by_byte)
@@ -354,21 +369,24 @@ TEST_F(ServerTest, two_clients_see_one_log)
 
 TEST_F(ServerTest, a_client_that_dies_releases_its_holds)
 {
-    const auto agent = serve({"--feed", "-"});
+    const std::string pipe = folder_.file("pipe");
+    ASSERT_EQ(mkfifo(pipe.c_str(), 0600), 0);
+    const auto agent = serve({"--feed", pipe});
+    std::ofstream feed(pipe);
     const AgentClient watcher(path_);
     AgentClient holder(path_);
     EXPECT_EQ(holder.set_log(5, 0), 1U);
     EXPECT_EQ(holder.set_log(5, 0), 1U);
-    agent->write_input("held\n");
+    feed << "held\n" << std::flush;
     EXPECT_TRUE(eventually([&] { return watcher.info().skipped == 1; }));
     EXPECT_EQ(watcher.set_log(6, 0), 0U);
-    agent->write_input("still held\n");
+    feed << "still held\n" << std::flush;
     EXPECT_TRUE(eventually([&] { return watcher.info().skipped == 2; }));
     expect_info(watcher.info(), {0, 1, 0, 0, 0, 2, k_none});
     holder.disconnect();
-    // The Agent may see the line before the end of the connection, so lines go on.
+    // The Agent may see a line before the end of the connection, so lines go on.
     EXPECT_TRUE(eventually([&] {
-        agent->write_input("free\n");
+        feed << "free\n" << std::flush;
         return watcher.info().total > 0;
     }));
 }
@@ -390,30 +408,31 @@ TEST_F(ServerTest, reads_a_file_before_it_is_ready)
     EXPECT_EQ(all[1].message, std::string(126, 'x') + "\n");
 }
 
-TEST_F(ServerTest, reads_standard_input_as_it_comes)
+TEST_F(ServerTest, reads_standard_input)
 {
-    const auto agent = serve({"--feed", "-", "--no-line-feed"});
-    const AgentClient client(path_);
-    agent->write_input("first li");
-    agent->write_input("ne\nsecond");
-    EXPECT_TRUE(eventually([&] { return client.info().total == 1; }));
-    agent->close_input();
-    EXPECT_TRUE(eventually([&] { return client.info().total == 2; }));
-    const auto all = client.entries();
-    EXPECT_STREQ(all.at(0).message, "first line");
-    EXPECT_STREQ(all.at(1).message, "second");
-    expect_served();
+    const auto agent = serve({"--feed", "-", "--no-line-feed"}, "first line\nsecond");
+    const auto all = AgentClient(path_).entries();
+    ASSERT_EQ(all.size(), 2U);
+    EXPECT_STREQ(all[0].message, "first line");
+    EXPECT_STREQ(all[1].message, "second");
 }
 
-TEST_F(ServerTest, waits_for_the_writer_of_a_pipe)
+TEST_F(ServerTest, reads_a_pipe_as_it_comes)
 {
     const std::string pipe = folder_.file("pipe");
     ASSERT_EQ(mkfifo(pipe.c_str(), 0600), 0);
     const auto agent = serve({"--feed", pipe});
+    // Before there is a writer, between its pieces, and after it has gone.
     expect_served();
-    std::ofstream(pipe) << "late\n";
     const AgentClient client(path_);
-    EXPECT_TRUE(eventually([&] { return client.info().total == 1; }));
+    {
+        std::ofstream feed(pipe);
+        feed << "first li" << std::flush << "ne\nsecond" << std::flush;
+        EXPECT_TRUE(eventually([&] { return client.info().total == 1; }));
+    }
+    EXPECT_TRUE(eventually([&] { return client.info().total == 2; }));
+    EXPECT_STREQ(client.entries().at(1).message, "second\n");
+    expect_served();
 }
 
 TEST_F(ServerTest, makes_events_at_a_rate)
@@ -448,7 +467,7 @@ TEST_F(ServerTest, reads_the_kernels_log_or_says_why_not)
     const int kmsg = open("/dev/kmsg", O_RDONLY | O_NONBLOCK | O_CLOEXEC);
     if (kmsg < 0) {
         const auto agent = launch({"--kmsg"});
-        const std::string text = failure_of(*agent);
+        const std::string text = end_of(*agent);
         EXPECT_TRUE(text.starts_with(
             "1 ruklog-agentsim: cannot read /dev/kmsg (it may need to run as root): "))
             << text;

@@ -1,21 +1,13 @@
-// The stand-in Agent as a process of its own, and a client that speaks to it byte by byte.
-// Waits poll with a deadline.
+// A client that speaks to the stand-in Agent byte by byte.
 #pragma once
 
 #include <cerrno>
-#include <chrono>
-#include <csignal>
 #include <cstdlib>
-#include <fcntl.h>
 #include <filesystem>
-#include <functional>
-#include <poll.h>
 #include <string>
 #include <string_view>
 #include <sys/socket.h>
 #include <sys/un.h>
-#include <sys/wait.h>
-#include <thread>
 #include <unistd.h>
 #include <utility>
 #include <vector>
@@ -25,21 +17,7 @@
 namespace ruk_test
 {
 
-constexpr int k_patience_ms = 10'000;
-
-// Whether condition holds before the patience ends.
-inline bool eventually(const std::function<bool()> &condition)
-{
-    const auto deadline =
-        std::chrono::steady_clock::now() + std::chrono::milliseconds(k_patience_ms);
-    while (!condition()) {
-        if (std::chrono::steady_clock::now() > deadline) {
-            return false;
-        }
-        std::this_thread::sleep_for(std::chrono::milliseconds(1));
-    }
-    return true;
-}
+constexpr int k_patience_seconds = 10;
 
 // A folder that goes away with its contents.
 class TemporaryFolder
@@ -65,106 +43,6 @@ private:
     std::string path_;
 };
 
-// A program that runs with pipes at its three standard descriptors.
-class Process
-{
-public:
-    explicit Process(std::vector<std::string> arguments)
-    {
-        int in[2] = {-1, -1};
-        int out[2] = {-1, -1};
-        int err[2] = {-1, -1};
-        if (pipe2(in, O_CLOEXEC) != 0 || pipe2(out, O_CLOEXEC) != 0 || pipe2(err, O_CLOEXEC) != 0) {
-            perror("pipe2");
-            abort();
-        }
-        pid_ = fork();
-        if (pid_ == 0) {
-            dup2(in[0], 0);
-            dup2(out[1], 1);
-            dup2(err[1], 2);
-            std::vector<char *> argv;
-            for (std::string &argument : arguments) {
-                argv.push_back(argument.data());
-            }
-            argv.push_back(nullptr);
-            execv(argv[0], argv.data());
-            _exit(127);
-        }
-        close(in[0]);
-        close(out[1]);
-        close(err[1]);
-        in_ = in[1];
-        out_ = out[0];
-        err_ = err[0];
-    }
-    ~Process()
-    {
-        if (pid_ > 0) {
-            kill(pid_, SIGKILL);
-            waitpid(pid_, nullptr, 0);
-        }
-        close_input();
-        close(out_);
-        close(err_);
-    }
-    Process(const Process &) = delete;
-    Process &operator=(const Process &) = delete;
-
-    // Everything up to and with the next line feed on standard output, or what came until the
-    // output or the patience ended.
-    std::string line() { return read_until(out_, '\n'); }
-
-    // Whatever is left on standard error once the program has ended.
-    std::string errors() { return read_until(err_, '\0'); }
-
-    void write_input(std::string_view text)
-    {
-        ASSERT_EQ(write(in_, text.data(), text.size()), static_cast<ssize_t>(text.size()));
-    }
-
-    void close_input()
-    {
-        if (in_ >= 0) {
-            close(std::exchange(in_, -1));
-        }
-    }
-
-    void send_signal(int number) const { kill(pid_, number); }
-    pid_t pid() const { return pid_; }
-
-    // The exit status, minus the signal that ended it, or -1000 when it goes on running.
-    int exit_status()
-    {
-        int status = 0;
-        if (!eventually([&] { return waitpid(pid_, &status, WNOHANG) == pid_; })) {
-            return -1000;
-        }
-        pid_ = -1;
-        return WIFEXITED(status) ? WEXITSTATUS(status) : -WTERMSIG(status);
-    }
-
-private:
-    static std::string read_until(int fd, char last)
-    {
-        std::string text;
-        pollfd wait{fd, POLLIN, 0};
-        char c = 0;
-        while (poll(&wait, 1, k_patience_ms) > 0 && read(fd, &c, 1) == 1) {
-            text += c;
-            if (c == last) {
-                break;
-            }
-        }
-        return text;
-    }
-
-    pid_t pid_ = -1;
-    int in_ = -1;
-    int out_ = -1;
-    int err_ = -1;
-};
-
 // A connection to an Agent.  Everything waits for at most the patience.
 class AgentClient
 {
@@ -177,7 +55,7 @@ public:
         path.copy(address.sun_path, sizeof address.sun_path - 1);
         connected_ =
             connect(fd_, reinterpret_cast<const sockaddr *>(&address), sizeof address) == 0;
-        const timeval patience{k_patience_ms / 1000, 0};
+        const timeval patience{k_patience_seconds, 0};
         setsockopt(fd_, SOL_SOCKET, SO_RCVTIMEO, &patience, sizeof patience);
         setsockopt(fd_, SOL_SOCKET, SO_SNDTIMEO, &patience, sizeof patience);
     }
