@@ -19,62 +19,78 @@ constexpr int64_t k_shortest_wait = 1'000'000;
 // Events made before clients get their turn.
 constexpr uint64_t k_batch = 4096;
 
-// One kind of event.  write tells the n-th of all events.
+// The texts, each told of the n-th of all events.
+using Text = char[LOG_MESSAGE_SIZE];
+
+void flow_added(Text &text, uint32_t n)
+{
+    snprintf(text, sizeof text, "flow %u added: port %u to port %u", n, n % 48, (n + 7) % 48);
+}
+
+void flow_aged(Text &text, uint32_t n)
+{
+    snprintf(text, sizeof text, "flow %u aged out after %u packets", n, n * 37 % 10007);
+}
+
+void address_learned(Text &text, uint32_t n)
+{
+    snprintf(text, sizeof text, "learned 02:00:00:%02x:%02x:%02x on port %u", n >> 16 & 0xFF,
+             n >> 8 & 0xFF, n & 0xFF, n % 48);
+}
+
+void link_changed(Text &text, uint32_t n)
+{
+    snprintf(text, sizeof text, "port %u: link is %s", n % 48, n % 2 == 0 ? "up" : "down");
+}
+
+void queue_filled(Text &text, uint32_t n)
+{
+    snprintf(text, sizeof text, "port %u: receive queue %u%% full", n % 48, 75 + n % 25);
+}
+
+void peer_found(Text &text, uint32_t n)
+{
+    snprintf(text, sizeof text, "segment %u: peer 192.0.2.%u reachable", 4096 + n % 512,
+             1 + n % 254);
+}
+
+void peer_lost(Text &text, uint32_t n)
+{
+    snprintf(text, sizeof text, "segment %u: no route to peer 192.0.2.%u", 4096 + n % 512,
+             1 + n % 254);
+}
+
+void packet_mirrored(Text &text, uint32_t n)
+{
+    snprintf(text, sizeof text, "mirrored %u bytes from port %u", 64 + n * 61 % 1455, n % 48);
+}
+
+void swept(Text &text, uint32_t n)
+{
+    snprintf(text, sizeof text, "statistics sweep %u done", n);
+}
+
 struct Kind {
     const char *module;
     uint16_t level;
-    int (*write)(char *text, size_t size, uint32_t n);
+    void (*write)(Text &text, uint32_t n);
 };
 
-// The kinds take turns in this order.
+// The kinds of events take turns in this order.
 constexpr Kind k_kinds[] = {
-    {"flow", KT_LEVEL_INFO,
-     [](char *text, size_t size, uint32_t n) {
-         return snprintf(text, size, "flow %u added: port %u to port %u", n, n % 48, (n + 7) % 48);
-     }},
-    {"bridge", KT_LEVEL_DEBUG,
-     [](char *text, size_t size, uint32_t n) {
-         return snprintf(text, size, "learned 02:00:00:%02x:%02x:%02x on port %u", n >> 16 & 0xFF,
-                         n >> 8 & 0xFF, n & 0xFF, n % 48);
-     }},
-    {"port", KT_LEVEL_NOTICE,
-     [](char *text, size_t size, uint32_t n) {
-         return snprintf(text, size, "port %u: link is %s", n % 48, n % 2 == 0 ? "up" : "down");
-     }},
-    {"vxlan", KT_LEVEL_INFO,
-     [](char *text, size_t size, uint32_t n) {
-         return snprintf(text, size, "segment %u: peer 192.0.2.%u reachable", 4096 + n % 512,
-                         1 + n % 254);
-     }},
-    {"flow", KT_LEVEL_INFO,
-     [](char *text, size_t size, uint32_t n) {
-         return snprintf(text, size, "flow %u aged out after %u packets", n, n * 37 % 10007);
-     }},
-    {"mirror", KT_LEVEL_PACKET,
-     [](char *text, size_t size, uint32_t n) {
-         return snprintf(text, size, "mirrored %u bytes from port %u", 64 + n * 61 % 1455, n % 48);
-     }},
-    {"port", KT_LEVEL_WARNING,
-     [](char *text, size_t size, uint32_t n) {
-         return snprintf(text, size, "port %u: receive queue %u%% full", n % 48, 75 + n % 25);
-     }},
-    {"timer", KT_LEVEL_LOG,
-     [](char *text, size_t size, uint32_t n) {
-         return snprintf(text, size, "statistics sweep %u done", n);
-     }},
-    {"vxlan", KT_LEVEL_ERROR,
-     [](char *text, size_t size, uint32_t n) {
-         return snprintf(text, size, "segment %u: no route to peer 192.0.2.%u", 4096 + n % 512,
-                         1 + n % 254);
-     }},
+    {"flow", KT_LEVEL_INFO, flow_added},      {"bridge", KT_LEVEL_DEBUG, address_learned},
+    {"port", KT_LEVEL_NOTICE, link_changed},  {"vxlan", KT_LEVEL_INFO, peer_found},
+    {"flow", KT_LEVEL_INFO, flow_aged},       {"mirror", KT_LEVEL_PACKET, packet_mirrored},
+    {"port", KT_LEVEL_WARNING, queue_filled}, {"timer", KT_LEVEL_LOG, swept},
+    {"vxlan", KT_LEVEL_ERROR, peer_lost},
 };
 
 void tell(LogService &service, uint32_t n)
 {
     const auto index = static_cast<uint32_t>(n % std::size(k_kinds));
     const Kind &kind = k_kinds[index];
-    char text[LOG_MESSAGE_SIZE];
-    kind.write(text, sizeof text, n);
+    Text text;
+    kind.write(text, n);
     const uint32_t module = service.modules().index_for(kind.module, index);
     service.log(event_now(module, kind.level, text, Ending::LINE_FEED));
 }
@@ -115,6 +131,14 @@ void Generator::preload(LogService &service, uint64_t count)
     for (uint64_t i = 0; i < count; ++i) {
         tell(service, told_++);
     }
+}
+
+void Generator::start(uint32_t rate, int64_t now)
+{
+    rate_ = rate;
+    started_ = now;
+    collected_ = now;
+    scheduled_ = 0;
 }
 
 // Events that should have happened by now.  Whole seconds apart, so that no product overflows.

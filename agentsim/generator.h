@@ -12,21 +12,21 @@ namespace agentsim
 class Generator : public EventSource
 {
 public:
-    // rate is in events per second; 0 makes none by itself.
-    Generator(uint32_t rate, int64_t now) : rate_(rate), started_(now), collected_(now) {}
-
     int64_t due() const override;
     bool collect(LogService &service, int64_t now) override;
 
     // Makes count events at once.
     void preload(LogService &service, uint64_t count);
 
+    // Makes rate events a second from now on; none before this is called.
+    void start(uint32_t rate, int64_t now);
+
 private:
     uint64_t due_by(int64_t now) const;
 
-    uint32_t rate_;
-    int64_t started_;
-    int64_t collected_;      // time of the last collection
+    uint32_t rate_ = 0;
+    int64_t started_ = 0;
+    int64_t collected_ = 0;  // time of the last collection
     uint64_t scheduled_ = 0; // events made or lost since started_
     uint32_t told_ = 0;      // number of the next event, from which its text follows
 };

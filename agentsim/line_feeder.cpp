@@ -96,7 +96,6 @@ void LineFeeder::take(std::string_view piece, LogService &service)
         const size_t kept = std::min(end, line_.size() - length_);
         piece.copy(line_.data() + length_, kept);
         length_ += kept;
-        begun_ = true;
         if (end == piece.size()) {
             return;
         }
@@ -107,7 +106,7 @@ void LineFeeder::take(std::string_view piece, LogService &service)
 
 void LineFeeder::finish(LogService &service)
 {
-    if (begun_) {
+    if (length_ > 0) {
         end_line(service);
     }
 }
@@ -122,7 +121,6 @@ void LineFeeder::end_line(LogService &service)
     const uint32_t module = module_of_priority(parsed.priority, service.modules());
     service.log(event_now(module, parsed.level, parsed.text, ending_));
     length_ = 0;
-    begun_ = false;
 }
 
 } // namespace agentsim

@@ -47,7 +47,6 @@ private:
     // dropped, as it would be from the message.
     std::array<char, 256> line_{};
     size_t length_ = 0;
-    bool begun_ = false; // an empty line is a line, but the end of the text is none
 };
 
 } // namespace agentsim

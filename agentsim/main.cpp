@@ -130,14 +130,26 @@ bool add_kmsg(LogService &service, Sources &sources)
     return true;
 }
 
+// What happened earliest is logged first.
 bool add_sources(const Options &options, LogService &service, Sources &sources)
 {
-    auto generator = std::make_unique<Generator>(options.rate, monotonic_time());
-    generator->preload(service, options.preload);
-    sources.push_back(std::move(generator));
     const Ending ending = options.no_line_feed ? Ending::AS_IT_IS : Ending::LINE_FEED;
-    return (!options.feed || add_feed(*options.feed, ending, service, sources)) &&
-           (!options.kmsg || add_kmsg(service, sources));
+    if ((options.kmsg && !add_kmsg(service, sources)) ||
+        (!options.feed.empty() && !add_feed(options.feed, ending, service, sources))) {
+        return false;
+    }
+    auto generator = std::make_unique<Generator>();
+    generator->preload(service, options.preload);
+    generator->start(static_cast<uint32_t>(options.rate), monotonic_time());
+    sources.push_back(std::move(generator));
+    return true;
+}
+
+ModuleTable modules_of(const Options &options)
+{
+    return options.modules == Options::k_standard_modules
+               ? ModuleTable::standard()
+               : ModuleTable::generated(static_cast<uint32_t>(options.modules));
 }
 
 int run(const Options &options)
@@ -149,10 +161,8 @@ int run(const Options &options)
         complain(error);
         return k_exit_failed;
     }
-    LogService service(EventLog(options.capacity, options.first_entry),
-                       options.modules ? ModuleTable::generated(*options.modules)
-                                       : ModuleTable::standard(),
-                       options.identity);
+    LogService service(EventLog(static_cast<uint32_t>(options.capacity), options.first_entry),
+                       modules_of(options), options.identity);
     Sources sources;
     if (!add_sources(options, service, sources) ||
         (!options.pidfile.empty() && !pidfile.write(options.pidfile))) {

@@ -12,82 +12,53 @@ namespace agentsim
 namespace
 {
 
-constexpr uint32_t k_last_capacity = 1'048'576; // 152 MiB of entries
-constexpr uint32_t k_last_module_count = 65'536;
-constexpr uint32_t k_last_rate = 1'000'000;
-constexpr uint32_t k_last_preload = 10'000'000;
-
-// Stores a number from first to last.
-template <typename Field>
-bool set_number(Field &field, std::string_view value, uint64_t first, uint64_t last)
-{
-    const auto number = number_of<uint64_t>(value);
-    if (!number || *number < first || *number > last) {
-        return false;
-    }
-    field = static_cast<uint32_t>(*number);
-    return true;
-}
-
-bool set_text(std::string &field, std::string_view value)
-{
-    field = value;
-    return !value.empty();
-}
-
-bool set_flag(bool &field)
-{
-    field = true;
-    return true;
-}
-
-bool set_address(std::array<uint8_t, 4> &octets, std::string_view value)
-{
-    return inet_pton(AF_INET, std::string(value).c_str(), octets.data()) == 1;
-}
-
-// One option: its name, what its value must be (null: it takes none), and how it is stored.
-struct Row {
+struct FlagRow {
     std::string_view name;
-    const char *value;
-    bool (*store)(Options &options, std::string_view value);
+    bool Options::*field;
 };
 
-constexpr Row k_rows[] = {
-    {"--help", nullptr, [](Options &o, std::string_view) { return set_flag(o.help); }},
-    {"--foreground", nullptr, [](Options &, std::string_view) { return true; }},
-    {"--kmsg", nullptr, [](Options &o, std::string_view) { return set_flag(o.kmsg); }},
-    {"--no-line-feed", nullptr,
-     [](Options &o, std::string_view) { return set_flag(o.no_line_feed); }},
-    {"--version-mismatch", nullptr,
-     [](Options &o, std::string_view) { return set_flag(o.identity.version_mismatch); }},
-    {"--socket", "a path", [](Options &o, std::string_view v) { return set_text(o.socket, v); }},
-    {"--pidfile", "a path", [](Options &o, std::string_view v) { return set_text(o.pidfile, v); }},
-    {"--feed", "a file or -",
-     [](Options &o, std::string_view v) { return set_text(o.feed.emplace(), v); }},
-    {"--capacity", "a number from 1 to 1048576",
-     [](Options &o, std::string_view v) { return set_number(o.capacity, v, 1, k_last_capacity); }},
-    {"--modules", "a number from 0 to 65536",
-     [](Options &o, std::string_view v) {
-         return set_number(o.modules, v, 0, k_last_module_count);
-     }},
-    {"--rate", "a number from 0 to 1000000",
-     [](Options &o, std::string_view v) { return set_number(o.rate, v, 0, k_last_rate); }},
-    {"--preload", "a number from 0 to 10000000",
-     [](Options &o, std::string_view v) { return set_number(o.preload, v, 0, k_last_preload); }},
-    {"--first-entry", "a number of at most 64 bits",
-     [](Options &o, std::string_view v) {
-         const auto number = number_of<uint64_t>(v);
-         o.first_entry = number.value_or(0);
-         return number.has_value();
-     }},
-    {"--management-ip", "an address like 192.0.2.1",
-     [](Options &o, std::string_view v) { return set_address(o.identity.management_ip, v); }},
+struct TextRow {
+    std::string_view name;
+    const char *wanted;
+    std::string Options::*field;
 };
 
-const Row *row_of(std::string_view name)
+struct NumberRow {
+    std::string_view name;
+    uint64_t Options::*field;
+    uint64_t first;
+    uint64_t last;
+};
+
+constexpr FlagRow k_flags[] = {
+    {"--foreground", &Options::foreground},
+    {"--help", &Options::help},
+    {"--kmsg", &Options::kmsg},
+    {"--no-line-feed", &Options::no_line_feed},
+};
+
+constexpr TextRow k_texts[] = {
+    {"--feed", "a file or -", &Options::feed},
+    {"--pidfile", "a path", &Options::pidfile},
+    {"--socket", "a path", &Options::socket},
+};
+
+constexpr NumberRow k_numbers[] = {
+    {"--capacity", &Options::capacity, 1, 1048576},
+    {"--first-entry", &Options::first_entry, 0, UINT64_MAX},
+    {"--modules", &Options::modules, 0, 65536},
+    {"--preload", &Options::preload, 0, 10000000},
+    {"--rate", &Options::rate, 0, 1000000},
+};
+
+constexpr std::string_view k_version_mismatch = "--version-mismatch";
+constexpr std::string_view k_management_ip = "--management-ip";
+
+// The row of that name, or null.
+template <typename Row, size_t Count>
+const Row *row_of(const Row (&rows)[Count], std::string_view name)
 {
-    for (const Row &row : k_rows) {
+    for (const Row &row : rows) {
         if (row.name == name) {
             return &row;
         }
@@ -95,32 +66,68 @@ const Row *row_of(std::string_view name)
     return nullptr;
 }
 
+// The flag of that name, or null.
+bool *flag_of(std::string_view name, Options &options)
+{
+    if (const FlagRow *row = row_of(k_flags, name)) {
+        return &(options.*row->field);
+    }
+    return name == k_version_mismatch ? &options.identity.version_mismatch : nullptr;
+}
+
+// What the value of the option of that name must be, or nothing for an unknown option.
+std::string wanted_value(std::string_view name)
+{
+    if (const TextRow *row = row_of(k_texts, name)) {
+        return row->wanted;
+    }
+    if (const NumberRow *row = row_of(k_numbers, name)) {
+        return "a number from " + std::to_string(row->first) + " to " + std::to_string(row->last);
+    }
+    return name == k_management_ip ? "an address like 192.0.2.1" : "";
+}
+
+// Stores the value of an option that takes one.  False: it is not what is wanted.
+bool store_value(std::string_view name, const std::string &value, Options &options)
+{
+    if (const TextRow *row = row_of(k_texts, name)) {
+        options.*row->field = value;
+        return !value.empty();
+    }
+    if (const NumberRow *row = row_of(k_numbers, name)) {
+        const auto number = number_of<uint64_t>(value);
+        options.*row->field = number.value_or(row->first);
+        return number && *number >= row->first && *number <= row->last;
+    }
+    return inet_pton(AF_INET, value.c_str(), options.identity.management_ip.data()) == 1;
+}
+
 } // namespace
 
 std::string parse_options(std::span<const char *const> arguments, Options &options)
 {
     for (size_t i = 0; i < arguments.size(); ++i) {
-        const std::string_view argument = arguments[i];
+        const std::string argument = arguments[i];
         const size_t equals = argument.find('=');
-        const std::string name(argument.substr(0, equals));
-        const Row *row = row_of(name);
-        if (row == nullptr) {
-            return "unknown option " + name + "; --help lists the options";
-        }
-        std::string_view value;
-        if (row->value == nullptr) {
-            if (equals != argument.npos) {
+        const bool has_value = equals != argument.npos;
+        const std::string name = argument.substr(0, equals);
+        if (bool *flag = flag_of(name, options)) {
+            if (has_value) {
                 return name + " takes no value";
             }
-        } else if (equals != argument.npos) {
-            value = argument.substr(equals + 1);
-        } else if (++i < arguments.size()) {
-            value = arguments[i];
-        } else {
-            return name + " needs a value: " + row->value;
+            *flag = true;
+            continue;
         }
-        if (!row->store(options, value)) {
-            return name + " takes " + row->value + ", not \"" + std::string(value) + "\"";
+        const std::string wanted = wanted_value(name);
+        if (wanted.empty()) {
+            return "unknown option " + name + "; --help lists the options";
+        }
+        if (!has_value && i + 1 == arguments.size()) {
+            return name + " needs a value: " + wanted;
+        }
+        const std::string value = has_value ? argument.substr(equals + 1) : arguments[++i];
+        if (!store_value(name, value, options)) {
+            return name + " takes " + wanted + ", not \"" + value + "\"";
         }
     }
     return {};

@@ -2,7 +2,6 @@
 #pragma once
 
 #include <cstdint>
-#include <optional>
 #include <span>
 #include <string>
 
@@ -12,17 +11,21 @@ namespace agentsim
 {
 
 struct Options {
+    // As modules: the standard table instead of a generated one.
+    static constexpr uint64_t k_standard_modules = UINT64_MAX;
+
     std::string socket = KT_AGENT_SOCKET_PATH;
-    uint32_t capacity = 16384;
+    uint64_t capacity = 16384;
     uint64_t first_entry = 0;
-    std::optional<uint32_t> modules; // of a generated table; none: the standard one
-    uint32_t rate = 0;
-    uint32_t preload = 0;
-    std::optional<std::string> feed; // a path, or "-"
+    uint64_t modules = k_standard_modules;
+    uint64_t rate = 0;
+    uint64_t preload = 0;
+    std::string feed; // a path, "-", or nothing
     bool no_line_feed = false;
     bool kmsg = false;
     Identity identity;
     std::string pidfile;
+    bool foreground = true; // there is no other way
     bool help = false;
 };
 
