@@ -68,7 +68,6 @@ typedef struct AgentRequest {
     void *ptr2;
 } AgentRequest;
 
-#ifdef __cplusplus
 static_assert(sizeof(AgentRequest) == 56, "the header's length on the wire");
 static_assert(offsetof(AgentRequest, opcode) == 0, "wire offset");
 static_assert(offsetof(AgentRequest, version) == 2, "wire offset");
@@ -85,7 +84,6 @@ static_assert(offsetof(AgentRequest, esize1) == 32, "wire offset");
 static_assert(offsetof(AgentRequest, esize2) == 36, "wire offset");
 static_assert(offsetof(AgentRequest, ptr1) == 40, "wire offset");
 static_assert(offsetof(AgentRequest, ptr2) == 48, "wire offset");
-#endif
 
 /* The connection to the Agent; -1 while it is closed. */
 RUK_EXPORT extern int32_t kt_dpa_call_fd;

@@ -74,7 +74,6 @@ typedef struct LogModule {
     char name[LOG_MODULE_NAME_SIZE];
 } LogModule;
 
-#ifdef __cplusplus
 static_assert(sizeof(LogInfo) == 48, "record of the service");
 static_assert(offsetof(LogInfo, available) == 0, "record of the service");
 static_assert(offsetof(LogInfo, enabled) == 4, "record of the service");
@@ -97,7 +96,6 @@ static_assert(offsetof(LogModule, available) == 4, "record of the service");
 static_assert(offsetof(LogModule, printing) == 8, "record of the service");
 static_assert(offsetof(LogModule, default_printing) == 12, "record of the service");
 static_assert(offsetof(LogModule, name) == 16, "record of the service");
-#endif
 
 /* Trace word of the in-process functions below; nothing traces yet. */
 RUK_EXPORT extern uint32_t kt_debug_print_ktlog_api;

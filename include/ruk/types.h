@@ -12,6 +12,7 @@
 #ifndef RUK_TYPES_H
 #define RUK_TYPES_H
 
+#include <assert.h>
 #include <stddef.h>
 #include <stdint.h>
 
