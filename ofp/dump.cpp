@@ -13,7 +13,7 @@ namespace
 {
 
 // What is printed when a word shares any bit with the mask.
-struct bit_text {
+struct BitText {
     uint32_t mask;
     const char *text;
 };
@@ -44,7 +44,7 @@ constexpr const char *k_message_labels[] = {
 };
 static_assert(std::size(k_message_labels) == BREL_OFP_MESSAGE_TYPES);
 
-constexpr bit_text k_config_lines[] = {
+constexpr BitText k_config_lines[] = {
     {0x01, "Port is admin down"                     },
     {0x02, "STP (802.1d) not supported"             },
     {0x04, "Port drops all packets except STP"      },
@@ -56,14 +56,14 @@ constexpr bit_text k_config_lines[] = {
 
 // Bit tests, not a decoding of the two-bit spanning tree field: a forwarding port (0x200) also
 // counts as "not part", and readers of the dump are used to that.
-constexpr bit_text k_state_lines[] = {
+constexpr BitText k_state_lines[] = {
     {0x001, "Link is down"                    },
     {0x100, "Learning but not relaying frames"},
     {0x200, "Learning and relaying frames"    },
     {0x300, "Not part of spanning tree"       },
 };
 
-constexpr bit_text k_feature_words[] = {
+constexpr BitText k_feature_words[] = {
     {0x001, "10MB_HD "   },
     {0x002, "10MB_FD "   },
     {0x004, "100MB_HD "  },
@@ -80,7 +80,7 @@ constexpr bit_text k_feature_words[] = {
 
 // The masks are the action type numbers themselves, not a bit per action: kept, since readers of
 // the dump know the names that a given word prints.
-constexpr bit_text k_action_words[] = {
+constexpr BitText k_action_words[] = {
     {1,      "OFPAT_SET_VLAN_VID "},
     {2,      "OFPAT_SET_VLAN_PCP "},
     {3,      "OFPAT_STRIP_VLAN "  },
@@ -95,7 +95,7 @@ constexpr bit_text k_action_words[] = {
     {0xffff, "OFPAT_VENDOR "      },
 };
 
-constexpr bit_text k_capability_words[] = {
+constexpr BitText k_capability_words[] = {
     {0x01, "OFPC_FLOW_STATS "  },
     {0x02, "OFPC_TABLE_STATS " },
     {0x04, "OFPC_PORT_STATS "  },
@@ -106,7 +106,7 @@ constexpr bit_text k_capability_words[] = {
 };
 
 // One line under construction; what does not fit is dropped.
-class text_line
+class TextLine
 {
 public:
     void append(std::string_view text)
@@ -116,9 +116,9 @@ public:
         length_ += kept;
     }
 
-    void append_set(uint32_t word, std::span<const bit_text> names)
+    void append_set(uint32_t word, std::span<const BitText> names)
     {
-        for (const bit_text &name : names) {
+        for (const BitText &name : names) {
             if ((word & name.mask) != 0) {
                 append(name.text);
             }
@@ -136,9 +136,9 @@ private:
     size_t length_ = 0;
 };
 
-void print_set(const char *routine, uint32_t word, std::span<const bit_text> lines)
+void print_set(const char *routine, uint32_t word, std::span<const BitText> lines)
 {
-    for (const bit_text &line : lines) {
+    for (const BitText &line : lines) {
         if ((word & line.mask) != 0) {
             printf("%s: %s\n", routine, line.text);
         }
@@ -242,7 +242,7 @@ int32_t brel_dump_phy_port(const void *port)
 // begin with a colon of their own.
 int32_t brel_dump_phy_port_features(uint32_t features, const char *label)
 {
-    text_line line;
+    TextLine line;
     line.append(label);
     line.append(": ");
     line.append_set(features, k_feature_words);
@@ -252,7 +252,7 @@ int32_t brel_dump_phy_port_features(uint32_t features, const char *label)
 
 int32_t brel_dump_ofp_actions(uint32_t actions)
 {
-    text_line line;
+    TextLine line;
     line.append("brel_dump_ofp_actions: Supported actions: ");
     line.append_set(actions, k_action_words);
     line.print();
@@ -261,7 +261,7 @@ int32_t brel_dump_ofp_actions(uint32_t actions)
 
 int32_t brel_dump_ofp_cap(uint32_t capabilities)
 {
-    text_line line;
+    TextLine line;
     line.append("brel_dump_ofp_cap: Supported features: ");
     line.append_set(capabilities, k_capability_words);
     line.print();

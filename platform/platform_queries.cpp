@@ -1,4 +1,5 @@
-// Queries of the host's data interface, through the kernel's network interface requests.
+// Queries of the host: its management address through the Agent, its data interface through the
+// kernel's network interface requests.
 #include "ruk/platform.h"
 
 #include <cstring>
@@ -9,24 +10,29 @@
 #include <sys/socket.h>
 #include <unistd.h>
 
+#include "ruk/agent.h"
+
 namespace
 {
+
+constexpr uint16_t k_get_management_ip = 56;
+constexpr uint8_t k_get_management_ip_flags = 0x01;
 
 constexpr char k_data_interface[] = "eth1";
 
 // A datagram socket that is closed at the end of its scope.
-class query_socket
+class QuerySocket
 {
 public:
-    query_socket() : fd_(socket(AF_INET, SOCK_DGRAM | SOCK_CLOEXEC, 0)) {}
-    ~query_socket()
+    QuerySocket() : fd_(socket(AF_INET, SOCK_DGRAM | SOCK_CLOEXEC, 0)) {}
+    ~QuerySocket()
     {
         if (is_open()) {
             close(fd_);
         }
     }
-    query_socket(const query_socket &) = delete;
-    query_socket &operator=(const query_socket &) = delete;
+    QuerySocket(const QuerySocket &) = delete;
+    QuerySocket &operator=(const QuerySocket &) = delete;
 
     bool is_open() const { return fd_ >= 0; }
 
@@ -50,6 +56,14 @@ int32_t dpa_platform_init(void)
     return 0;
 }
 
+int32_t kt_dpa_platform_get_management_ip(uint32_t *value)
+{
+    // Given, though not used without AGENT_FLAG_COUNTED.
+    const uint32_t count = 1;
+    return kt_dpa_call_indirect1(k_get_management_ip, 0, k_get_management_ip_flags, value,
+                                 sizeof *value, &count);
+}
+
 int32_t kt_platform_get_ethtool_info(uint32_t *duplex, uint32_t *speed, uint32_t *mtu)
 {
     ethtool_cmd settings = {};
@@ -58,7 +72,7 @@ int32_t kt_platform_get_ethtool_info(uint32_t *duplex, uint32_t *speed, uint32_t
     link.ifr_data = reinterpret_cast<char *>(&settings);
     ifreq size = data_interface();
 
-    const query_socket kernel;
+    const QuerySocket kernel;
     if (!kernel.is_open() || !kernel.ask(SIOCETHTOOL, link) || !kernel.ask(SIOCGIFMTU, size)) {
         return -1;
     }

@@ -28,11 +28,9 @@ typedef struct brel_ofp_stats {
     int32_t received[BREL_OFP_MESSAGE_TYPES];
 } brel_ofp_stats;
 
-#ifdef __cplusplus
 static_assert(sizeof(brel_ofp_stats) == 176, "44 counters of 32 bits");
 static_assert(offsetof(brel_ofp_stats, sent) == 0, "sent counters come first");
 static_assert(offsetof(brel_ofp_stats, received) == 88, "received counters follow");
-#endif
 
 /*
  * Prints the total of the messages sent and a line per message type, then the same for the

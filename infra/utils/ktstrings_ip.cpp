@@ -12,15 +12,15 @@ using kttext::is_digit;
 
 constexpr size_t k_octets = 4;
 
-enum class leading_zeros { allowed, refused };
+enum class LeadingZeros { allowed, refused };
 
 // Reads one decimal number of at most 255.  Returns where it ends, or null.
-const char *read_octet(const char *p, leading_zeros zeros, uint8_t &octet)
+const char *read_octet(const char *p, LeadingZeros zeros, uint8_t &octet)
 {
     if (!is_digit(*p)) {
         return nullptr;
     }
-    if (zeros == leading_zeros::refused && p[0] == '0' && is_digit(p[1])) {
+    if (zeros == LeadingZeros::refused && p[0] == '0' && is_digit(p[1])) {
         return nullptr;
     }
     uint32_t value = 0;
@@ -35,7 +35,7 @@ const char *read_octet(const char *p, leading_zeros zeros, uint8_t &octet)
 }
 
 // Reads "a.b.c.d".  Returns where it ends, or null.
-const char *read_quad(const char *p, leading_zeros zeros, uint8_t (&octets)[k_octets])
+const char *read_quad(const char *p, LeadingZeros zeros, uint8_t (&octets)[k_octets])
 {
     for (size_t i = 0; i < k_octets; ++i) {
         if (i > 0 && *p++ != '.') {
@@ -50,7 +50,7 @@ const char *read_quad(const char *p, leading_zeros zeros, uint8_t (&octets)[k_oc
 }
 
 // The 16 bytes while a text fills them from the front.
-class ipv6_bytes
+class Ipv6Bytes
 {
 public:
     bool add_group(uint32_t value)
@@ -62,7 +62,7 @@ public:
     bool add_quad(const char *token)
     {
         uint8_t octets[k_octets];
-        const char *end = read_quad(token, leading_zeros::refused, octets);
+        const char *end = read_quad(token, LeadingZeros::refused, octets);
         return end != nullptr && *end == '\0' && add(octets, sizeof octets);
     }
 
@@ -111,7 +111,7 @@ private:
 
 // Reads the whole text.  A token is what follows the last ":"; up to p it has only hexadecimal
 // digits, so p == token says that there were none.
-bool read_groups(const char *p, ipv6_bytes &out)
+bool read_groups(const char *p, Ipv6Bytes &out)
 {
     if (p[0] == ':' && *++p != ':') {
         return false;
@@ -145,7 +145,7 @@ bool read_groups(const char *p, ipv6_bytes &out)
 int32_t kt_parse_ip_address(uint32_t *value, const char *text)
 {
     uint8_t octets[k_octets];
-    const char *end = read_quad(kttext::skip_space(text), leading_zeros::allowed, octets);
+    const char *end = read_quad(kttext::skip_space(text), LeadingZeros::allowed, octets);
     if (end == nullptr || (*end != '\0' && !kttext::is_space(*end))) {
         return -1;
     }
@@ -155,7 +155,7 @@ int32_t kt_parse_ip_address(uint32_t *value, const char *text)
 
 int32_t kt_parse_ipv6_address(uint8_t *address, const char *text)
 {
-    ipv6_bytes bytes;
+    Ipv6Bytes bytes;
     if (!read_groups(text, bytes) || !bytes.finish()) {
         return -1;
     }

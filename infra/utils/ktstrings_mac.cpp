@@ -18,16 +18,16 @@ constexpr size_t k_copy_size = 20;
 constexpr size_t k_longest = 17;
 constexpr size_t k_shortest = 5;
 
-struct mac_form {
+struct MacForm {
     size_t groups;
     size_t digits;  // of each group
     char separator; // "-" separates the groups of either form as well
 };
 
-constexpr mac_form k_pairs{.groups = 6, .digits = 2, .separator = ':'};
-constexpr mac_form k_quads{.groups = 3, .digits = 4, .separator = '.'};
+constexpr MacForm k_pairs{.groups = 6, .digits = 2, .separator = ':'};
+constexpr MacForm k_quads{.groups = 3, .digits = 4, .separator = '.'};
 
-bool separates(const mac_form &form, char c)
+bool separates(const MacForm &form, char c)
 {
     return c == form.separator || c == '-';
 }
@@ -55,9 +55,9 @@ bool copy_adjusted(const char *text, char (&copy)[k_copy_size])
     return true;
 }
 
-const mac_form *form_of(const char *copy)
+const MacForm *form_of(const char *copy)
 {
-    for (const mac_form *form : {&k_pairs, &k_quads}) {
+    for (const MacForm *form : {&k_pairs, &k_quads}) {
         if (separates(*form, copy[form->digits])) {
             return form;
         }
@@ -84,7 +84,7 @@ uint32_t group_value(const char *group)
 
 // Each group is stored before the next one is looked at: callers may see the bytes before a
 // failure, and that is promised.
-bool parse_groups(const char *copy, const mac_form &form, uint8_t *mac)
+bool parse_groups(const char *copy, const MacForm &form, uint8_t *mac)
 {
     for (size_t i = 0; i < form.groups; ++i) {
         const char *group = copy + i * (form.digits + 1);
@@ -113,7 +113,7 @@ int32_t kt_parse_mac_address(uint8_t *mac, const char *text)
     if (!copy_adjusted(text, copy)) {
         return -1;
     }
-    const mac_form *form = form_of(copy);
+    const MacForm *form = form_of(copy);
     return form != nullptr && parse_groups(copy, *form, mac) ? 0 : -1;
 }
 
