@@ -41,9 +41,9 @@ RUK_EXPORT int32_t brel_ofp_dump_stats(const brel_ofp_stats *stats);
 /*
  * Prints a features reply (ofp_switch_features, section 5.3.1) and each of its ports.  message
  * points to at least the 8 bytes of the header, whose length says how many bytes there are; none
- * behind those is read.  A port record that is not there whole is not printed.  In a message
- * shorter than 32 bytes, the fields that are not there whole or in part count as zeros, and there
- * are no ports.  The datapath id is printed as the host reads it, without conversion.
+ * behind those is read.  A port record that is not there whole is not printed.  A message shorter
+ * than 32 bytes has no ports, and the bytes that its fields lack count as zeros.  The datapath id
+ * is printed as the host reads it, without conversion.
  */
 RUK_EXPORT int32_t brel_dump_feat_reply(const void *message);
 
