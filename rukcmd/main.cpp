@@ -1,4 +1,71 @@
-int main()
+// ruklog: connect to the Agent, check that it runs the same version, run one command line.
+#include <cstdio>
+#include <cstring>
+
+#include "ruk/agent.h"
+#include "ruk/front_end.h"
+
+namespace
 {
+
+constexpr size_t k_line_size = 16384;
+char line[k_line_size];
+
+constexpr int k_failed_start = -1;
+
+bool versions_differ()
+{
+    constexpr uint8_t k_reply_only = 0x01;
+    uint32_t version = 0;
+    const uint32_t count = 1;
+    // Any other failure lets the command run and speak for itself.
+    return kt_dpa_call_indirect1(KT_OPC_VERSION, 0, k_reply_only, &version, sizeof version,
+                                 &count) == AGENT_STATUS_VERSION_MISMATCH;
+}
+
+bool asks_for_help(int argc, char **argv)
+{
+    return argc <= 1 || strcmp(argv[1], "help") == 0;
+}
+
+void print_help()
+{
+    ruk_log_help(line, sizeof line);
+    printf("%s", line);
+}
+
+// Joins the arguments with single blanks, cut to fit.  Returns the length.
+size_t join_arguments(int argc, char **argv)
+{
+    size_t length = 0;
+    for (int i = 1; i < argc && length < sizeof line - 1; ++i) {
+        const int added =
+            snprintf(line + length, sizeof line - length, "%s%s", i > 1 ? " " : "", argv[i]);
+        length += static_cast<size_t>(added);
+    }
+    return length < sizeof line ? length : sizeof line - 1;
+}
+
+} // namespace
+
+int main(int argc, char **argv)
+{
+    if (kt_dpa_api_init() != 0) {
+        printf("Error initializing kt_dpa_api_init()\n");
+        return k_failed_start;
+    }
+    if (versions_differ()) {
+        printf("Cannot execute ruklog: ruklog utility version does not match the running RUK "
+               "version.\n");
+        return k_failed_start;
+    }
+    ruk_log_init();
+    if (asks_for_help(argc, argv)) {
+        print_help();
+    } else {
+        const size_t length = join_arguments(argc, argv);
+        ruk_log_run(line, static_cast<int32_t>(length));
+    }
+    ruk_log_exit();
     return 0;
 }

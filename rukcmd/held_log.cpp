@@ -1,0 +1,94 @@
+// The stand-alone tool's read-out: stop, read into memory, release, print.
+#include "rukcmd/held_log.h"
+
+#include <cstdlib>
+#include <unistd.h>
+
+#include "ruk/agent.h"
+#include "ruk/front_end.h"
+#include "rukcmd/entry_display.h"
+#include "rukcmd/log_service.h"
+
+namespace
+{
+
+constexpr int32_t k_local = 1;
+constexpr size_t k_first_capacity = 1024;
+constexpr size_t k_most_entries = size_t{1} << 20;
+
+// An Agent that has gone can't be held up by the printing, and what the failed release has to say
+// belongs behind the entries.
+bool connection_is_broken()
+{
+    return !log_service::is_in_process() && kt_dpa_call_fd == -1;
+}
+
+} // namespace
+
+EntryStore::~EntryStore()
+{
+    free(entries_);
+}
+
+bool EntryStore::add(const LogEntry &entry)
+{
+    if (count_ == capacity_) {
+        const size_t wanted = capacity_ == 0 ? k_first_capacity : capacity_ * 2;
+        void *const grown =
+            wanted > k_most_entries ? nullptr : realloc(entries_, wanted * sizeof entry);
+        if (grown == nullptr) {
+            return false;
+        }
+        entries_ = static_cast<LogEntry *>(grown);
+        capacity_ = wanted;
+    }
+    entries_[count_++] = entry;
+    return true;
+}
+
+void EntryStore::print_and_empty()
+{
+    for (size_t i = 0; i < count_; ++i) {
+        ruk_log_print_entry(&entries_[i]);
+    }
+    count_ = 0;
+}
+
+HeldLog::HeldLog() : was_on_(ruk_log_hold(k_local)) {}
+
+void HeldLog::show_after(uint64_t cursor)
+{
+    EntryStore entries;
+    read_into(entries, cursor);
+    if (connection_is_broken()) {
+        entries.print_and_empty();
+    }
+    const bool released = log_service::release(was_on_, true);
+    guard_.end();
+    entries.print_and_empty();
+    if (!released) {
+        log_service::report_failed_release();
+    }
+}
+
+void HeldLog::release()
+{
+    ruk_log_release(was_on_, k_local);
+    guard_.end();
+}
+
+void HeldLog::read_into(EntryStore &entries, uint64_t cursor)
+{
+    LogEntry entry{};
+    entry.entry = cursor;
+    while (!guard_.interrupted() && log_service::next_entry(entry)) {
+        // The record is the next request's cursor and carries its message as it prints.
+        settle_message(entry);
+        // In process there is no exchange to keep up with, and a log whose reading never ends must
+        // not fill the memory.
+        if (log_service::is_in_process() || !entries.add(entry)) {
+            entries.print_and_empty();
+            ruk_log_print_entry(&entry);
+        }
+    }
+}

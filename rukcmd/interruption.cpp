@@ -1,0 +1,86 @@
+// Keeps an interruption from leaving the log stopped.
+#include "rukcmd/interruption.h"
+
+#include <csignal>
+
+namespace
+{
+
+struct GuardedSignal {
+    int number;
+    bool caught;
+    struct sigaction former;
+};
+
+GuardedSignal guarded[] = {
+    {SIGINT,  false, {}},
+    {SIGTERM, false, {}},
+    {SIGHUP,  false, {}},
+    {SIGPIPE, false, {}},
+};
+
+volatile sig_atomic_t noted = 0;
+
+// Called by the handler too: nothing but sigaction.
+void restore_former()
+{
+    for (const GuardedSignal &signal : guarded) {
+        if (signal.caught) {
+            sigaction(signal.number, &signal.former, nullptr);
+        }
+    }
+}
+
+void note(int number)
+{
+    noted = number;
+    restore_former();
+}
+
+void catch_signal(GuardedSignal &signal)
+{
+    sigaction(signal.number, nullptr, &signal.former);
+    signal.caught =
+        (signal.former.sa_flags & SA_SIGINFO) != 0 || signal.former.sa_handler != SIG_IGN;
+    if (!signal.caught) {
+        return;
+    }
+    struct sigaction action {
+    };
+    action.sa_handler = note;
+    // An exchange under way is finished, not torn.
+    action.sa_flags = SA_RESTART;
+    // The first signal is noted whole before a second one acts.
+    sigfillset(&action.sa_mask);
+    sigaction(signal.number, &action, nullptr);
+}
+
+} // namespace
+
+InterruptionGuard::InterruptionGuard()
+{
+    noted = 0;
+    for (GuardedSignal &signal : guarded) {
+        catch_signal(signal);
+    }
+}
+
+InterruptionGuard::~InterruptionGuard()
+{
+    end();
+}
+
+bool InterruptionGuard::interrupted() const
+{
+    return noted != 0;
+}
+
+void InterruptionGuard::end()
+{
+    restore_former();
+    const int number = noted;
+    noted = 0;
+    if (number != 0) {
+        raise(number);
+    }
+}

@@ -1,0 +1,53 @@
+// The output buffer and the one print operation of the front end.
+#include "ruk/front_end.h"
+
+#include <cstdarg>
+#include <cstdio>
+
+char ruk_rcli_buffer[RUK_RCLI_BUFFER_SIZE];
+char *ruk_rcli_buffer_ptr = nullptr;
+char *ruk_rcli_entry_start_ptr = nullptr;
+int32_t ruk_rcli_print_len = 0;
+
+namespace
+{
+
+// Bytes from the cursor to the buffer's end; 0 when the cursor lies outside.  Addresses, since a
+// cursor beyond the end is no pointer that may be compared.
+size_t bytes_left()
+{
+    const auto start = reinterpret_cast<uintptr_t>(&ruk_rcli_buffer[0]);
+    const auto cursor = reinterpret_cast<uintptr_t>(ruk_rcli_buffer_ptr);
+    const bool inside = cursor >= start && cursor < start + RUK_RCLI_BUFFER_SIZE;
+    return inside ? start + RUK_RCLI_BUFFER_SIZE - cursor : 0;
+}
+
+bool has_room()
+{
+    const size_t needed = ruk_rcli_entry_start_ptr != nullptr ? 1 : RUK_RCLI_ROOM;
+    return bytes_left() >= needed;
+}
+
+void advance_cursor()
+{
+    const auto cursor = reinterpret_cast<uintptr_t>(ruk_rcli_buffer_ptr);
+    const auto step = static_cast<uintptr_t>(static_cast<intptr_t>(ruk_rcli_print_len));
+    ruk_rcli_buffer_ptr = reinterpret_cast<char *>(cursor + step);
+}
+
+} // namespace
+
+void ruk_rcli_printf(const char *format, ...)
+{
+    va_list arguments;
+    va_start(arguments, format);
+    if (ruk_rcli_buffer_ptr == nullptr) {
+        vprintf(format, arguments);
+    } else if (has_room()) {
+        ruk_rcli_print_len = vsnprintf(ruk_rcli_buffer_ptr, bytes_left(), format, arguments);
+    }
+    va_end(arguments);
+    // The cursor moves even when nothing was written: once the buffer is full, every later line
+    // of the command is dropped whole instead of being cut.
+    advance_cursor();
+}
