@@ -16,20 +16,25 @@
 #include <unistd.h>
 #include <vector>
 
+#include "ruk/agent.h"
+#include "tests/support/scripted_agent.h"
+
+using ruk_test::ScriptedAgent;
+
 namespace
 {
 
 // A network interface request as this program sent it.
-struct Request {
+struct KernelRequest {
     int fd;
     unsigned long number;
     std::string interface;
     uint32_t command; // of an ethtool request
 
-    bool operator==(const Request &) const = default;
+    bool operator==(const KernelRequest &) const = default;
 };
 
-std::ostream &operator<<(std::ostream &out, const Request &request)
+std::ostream &operator<<(std::ostream &out, const KernelRequest &request)
 {
     return out << std::hex << request.number << " " << request.interface << " " << request.command;
 }
@@ -37,7 +42,7 @@ std::ostream &operator<<(std::ostream &out, const Request &request)
 // What the kernel is to answer instead of the real one, and what it was asked.
 struct ScriptedKernel {
     unsigned long failing = 0; // this request fails
-    std::vector<Request> requests;
+    std::vector<KernelRequest> requests;
 };
 
 ScriptedKernel *scripted_kernel = nullptr;
@@ -154,13 +159,69 @@ TEST(dpa_platform_init, succeeds)
     EXPECT_EQ(dpa_platform_init(), 0);
 }
 
+// Each case begins and ends without a connection and leaves no descriptor open.
+class kt_dpa_platform_get_management_ip : public testing::Test
+{
+protected:
+    void TearDown() override
+    {
+        kt_dpa_api_exit();
+        EXPECT_EQ(open_descriptors(), before_);
+    }
+
+private:
+    size_t before_ = open_descriptors();
+};
+
+TEST_F(kt_dpa_platform_get_management_ip, stores_the_four_bytes_of_the_reply)
+{
+    const ScriptedAgent agent(ruk_test::replies({
+        {0, "\x0a\x01\x02\x03"}
+    }));
+    ASSERT_EQ(kt_dpa_api_init(), 0);
+    uint32_t value = k_old;
+    EXPECT_EQ(::kt_dpa_platform_get_management_ip(&value), 0);
+    EXPECT_EQ(memcmp(&value, "\x0a\x01\x02\x03", 4), 0);
+    EXPECT_EQ(agent.defined_requests(),
+              std::vector{ruk_test::request_bytes(56, 0, 0x01, ruk_test::u32(k_old))});
+}
+
+TEST_F(kt_dpa_platform_get_management_ip, returns_the_status_of_the_service)
+{
+    const ScriptedAgent agent(ruk_test::replies({
+        {-7, "\x0a\x01\x02\x03"},
+        {6,  ""                }
+    }));
+    ASSERT_EQ(kt_dpa_api_init(), 0);
+    uint32_t value = k_old;
+    EXPECT_EQ(::kt_dpa_platform_get_management_ip(&value), -7);
+    EXPECT_EQ(memcmp(&value, "\x0a\x01\x02\x03", 4), 0);
+    EXPECT_EQ(::kt_dpa_platform_get_management_ip(&value), 6);
+}
+
+TEST_F(kt_dpa_platform_get_management_ip, leaves_the_value_alone_when_the_exchange_fails)
+{
+    uint32_t value = k_old;
+    {
+        const ScriptedAgent agent([](const auto &) { return std::nullopt; });
+        ASSERT_EQ(kt_dpa_api_init(), 0);
+        EXPECT_EQ(::kt_dpa_platform_get_management_ip(&value), 1);
+        EXPECT_EQ(value, k_old);
+    }
+    // Nobody answers any more, and opening says so in its own words.
+    kt_debug_print_brel_dpa_api = 0;
+    EXPECT_EQ(::kt_dpa_platform_get_management_ip(&value), 1);
+    EXPECT_EQ(value, k_old);
+    kt_debug_print_brel_dpa_api = 0x87;
+}
+
 TEST(kt_platform_get_ethtool_info, asks_for_settings_and_then_mtu)
 {
     ScriptedKernel kernel;
     EXPECT_EQ(ask(kernel), (Answer{.result = 0, .duplex = 0xff, .speed = 0x86a0, .mtu = 9216}));
     ASSERT_EQ(kernel.requests.size(), 2u);
     const int fd = kernel.requests[0].fd;
-    EXPECT_EQ(kernel.requests, (std::vector<Request>{
+    EXPECT_EQ(kernel.requests, (std::vector<KernelRequest>{
                                    {fd, 0x8946, "eth1", 1},
                                    {fd, 0x8921, "eth1", 0},
     }));
