@@ -28,7 +28,7 @@ struct Kind {
 
 // The kinds take turns in this order.
 constexpr Kind k_kinds[] = {
-    {"flow",   KT_LEVEL_INFO,
+    {"flow", KT_LEVEL_INFO,
      [](char *text, size_t size, uint32_t n) {
          return snprintf(text, size, "flow %u added: port %u to port %u", n, n % 48, (n + 7) % 48);
      }},
@@ -37,16 +37,16 @@ constexpr Kind k_kinds[] = {
          return snprintf(text, size, "learned 02:00:00:%02x:%02x:%02x on port %u", n >> 16 & 0xFF,
                          n >> 8 & 0xFF, n & 0xFF, n % 48);
      }},
-    {"port",   KT_LEVEL_NOTICE,
+    {"port", KT_LEVEL_NOTICE,
      [](char *text, size_t size, uint32_t n) {
          return snprintf(text, size, "port %u: link is %s", n % 48, n % 2 == 0 ? "up" : "down");
      }},
-    {"vxlan",  KT_LEVEL_INFO,
+    {"vxlan", KT_LEVEL_INFO,
      [](char *text, size_t size, uint32_t n) {
          return snprintf(text, size, "segment %u: peer 192.0.2.%u reachable", 4096 + n % 512,
                          1 + n % 254);
      }},
-    {"flow",   KT_LEVEL_INFO,
+    {"flow", KT_LEVEL_INFO,
      [](char *text, size_t size, uint32_t n) {
          return snprintf(text, size, "flow %u aged out after %u packets", n, n * 37 % 10007);
      }},
@@ -54,15 +54,15 @@ constexpr Kind k_kinds[] = {
      [](char *text, size_t size, uint32_t n) {
          return snprintf(text, size, "mirrored %u bytes from port %u", 64 + n * 61 % 1455, n % 48);
      }},
-    {"port",   KT_LEVEL_WARNING,
+    {"port", KT_LEVEL_WARNING,
      [](char *text, size_t size, uint32_t n) {
          return snprintf(text, size, "port %u: receive queue %u%% full", n % 48, 75 + n % 25);
      }},
-    {"timer",  KT_LEVEL_LOG,
+    {"timer", KT_LEVEL_LOG,
      [](char *text, size_t size, uint32_t n) {
          return snprintf(text, size, "statistics sweep %u done", n);
      }},
-    {"vxlan",  KT_LEVEL_ERROR,
+    {"vxlan", KT_LEVEL_ERROR,
      [](char *text, size_t size, uint32_t n) {
          return snprintf(text, size, "segment %u: no route to peer 192.0.2.%u", 4096 + n % 512,
                          1 + n % 254);

@@ -26,14 +26,9 @@ struct LevelWord {
 };
 
 constexpr LevelWord k_level_words[] = {
-    {"error",   KT_LEVEL_ERROR  },
-    {"notice",  KT_LEVEL_NOTICE },
-    {"warning", KT_LEVEL_WARNING},
-    {"info",    KT_LEVEL_INFO   },
-    {"debug",   KT_LEVEL_DEBUG  },
-    {"temp",    KT_LEVEL_TEMP   },
-    {"packet",  KT_LEVEL_PACKET },
-    {"log",     KT_LEVEL_LOG    },
+    {"error", KT_LEVEL_ERROR},   {"notice", KT_LEVEL_NOTICE}, {"warning", KT_LEVEL_WARNING},
+    {"info", KT_LEVEL_INFO},     {"debug", KT_LEVEL_DEBUG},   {"temp", KT_LEVEL_TEMP},
+    {"packet", KT_LEVEL_PACKET}, {"log", KT_LEVEL_LOG},
 };
 
 // "<N>text" with a priority that exists.

@@ -40,14 +40,14 @@ struct LogService::Operation {
 };
 
 constexpr LogService::Operation LogService::k_operations[] = {
-    {KT_OPC_MANAGEMENT_IP,   4,                 &LogService::management_ip  },
-    {KT_OPC_VERSION,         sizeof(uint32_t),  &LogService::version        },
-    {KT_OPC_LOG_INFO,        sizeof(LogInfo),   &LogService::log_info       },
-    {KT_OPC_LOG_ENTRY,       sizeof(LogEntry),  &LogService::log_entry      },
-    {KT_OPC_SET_LOG,         sizeof(uint64_t),  &LogService::set_log        },
-    {KT_OPC_LOG_MODULE,      sizeof(LogModule), &LogService::log_module     },
+    {KT_OPC_MANAGEMENT_IP, 4, &LogService::management_ip},
+    {KT_OPC_VERSION, sizeof(uint32_t), &LogService::version},
+    {KT_OPC_LOG_INFO, sizeof(LogInfo), &LogService::log_info},
+    {KT_OPC_LOG_ENTRY, sizeof(LogEntry), &LogService::log_entry},
+    {KT_OPC_SET_LOG, sizeof(uint64_t), &LogService::set_log},
+    {KT_OPC_LOG_MODULE, sizeof(LogModule), &LogService::log_module},
     {KT_OPC_FIND_LOG_MODULE, sizeof(LogModule), &LogService::find_log_module},
-    {KT_OPC_SET_LOG_MODULE,  sizeof(uint32_t),  &LogService::set_log_module },
+    {KT_OPC_SET_LOG_MODULE, sizeof(uint32_t), &LogService::set_log_module},
 };
 
 LogService::LogService(EventLog log, ModuleTable modules, Identity identity)

@@ -25,19 +25,19 @@ struct ModuleRow {
 
 // One row per module, in the order of their indexes.
 constexpr ModuleRow k_modules[] = {
-    {"kern",   k_every_level, k_usual_levels},
-    {"user",   k_every_level, k_usual_levels},
+    {"kern", k_every_level, k_usual_levels},
+    {"user", k_every_level, k_usual_levels},
     {"daemon", k_every_level, k_usual_levels},
-    {"auth",   k_every_level, k_usual_levels},
+    {"auth", k_every_level, k_usual_levels},
     {"syslog", k_every_level, k_usual_levels},
-    {"cron",   k_every_level, k_usual_levels},
-    {"local",  k_every_level, k_usual_levels},
-    {"flow",   k_every_level, k_usual_levels},
-    {"port",   k_every_level, k_usual_levels},
+    {"cron", k_every_level, k_usual_levels},
+    {"local", k_every_level, k_usual_levels},
+    {"flow", k_every_level, k_usual_levels},
+    {"port", k_every_level, k_usual_levels},
     {"bridge", k_every_level, k_usual_levels},
-    {"vxlan",  k_every_level, k_usual_levels},
-    {"mirror", 0x5F,          0x1F          },
-    {"timer",  0x87,          0x87          },
+    {"vxlan", k_every_level, k_usual_levels},
+    {"mirror", 0x5F, 0x1F},
+    {"timer", 0x87, 0x87},
 };
 
 } // namespace

@@ -54,35 +54,35 @@ struct Row {
 };
 
 constexpr Row k_rows[] = {
-    {"--help",             nullptr,                       [](Options &o, std::string_view) { return set_flag(o.help); }                               },
-    {"--foreground",       nullptr,                       [](Options &,  std::string_view) { return true; }                                           },
-    {"--kmsg",             nullptr,                       [](Options &o, std::string_view) { return set_flag(o.kmsg); }                               },
-    {"--no-line-feed",     nullptr,
-     [](Options &o,                                                      std::string_view) { return set_flag(o.no_line_feed); }                       },
+    {"--help", nullptr, [](Options &o, std::string_view) { return set_flag(o.help); }},
+    {"--foreground", nullptr, [](Options &, std::string_view) { return true; }},
+    {"--kmsg", nullptr, [](Options &o, std::string_view) { return set_flag(o.kmsg); }},
+    {"--no-line-feed", nullptr,
+     [](Options &o, std::string_view) { return set_flag(o.no_line_feed); }},
     {"--version-mismatch", nullptr,
-     [](Options &o,                                                      std::string_view) { return set_flag(o.identity.version_mismatch); }          },
-    {"--socket",           "a path",                      [](Options &o, std::string_view v) { return set_text(o.socket, v); }                        },
-    {"--pidfile",          "a path",                      [](Options &o, std::string_view v) { return set_text(o.pidfile, v); }                       },
-    {"--feed",             "a file or -",
-     [](Options &o,                                                      std::string_view v) { return set_text(o.feed.emplace(), v); }                },
-    {"--capacity",         "a number from 1 to 1048576",
-     [](Options &o,                                                      std::string_view v) { return set_number(o.capacity, v, 1, k_last_capacity); }},
-    {"--modules",          "a number from 0 to 65536",
-     [](Options &o,                                                      std::string_view v) {
+     [](Options &o, std::string_view) { return set_flag(o.identity.version_mismatch); }},
+    {"--socket", "a path", [](Options &o, std::string_view v) { return set_text(o.socket, v); }},
+    {"--pidfile", "a path", [](Options &o, std::string_view v) { return set_text(o.pidfile, v); }},
+    {"--feed", "a file or -",
+     [](Options &o, std::string_view v) { return set_text(o.feed.emplace(), v); }},
+    {"--capacity", "a number from 1 to 1048576",
+     [](Options &o, std::string_view v) { return set_number(o.capacity, v, 1, k_last_capacity); }},
+    {"--modules", "a number from 0 to 65536",
+     [](Options &o, std::string_view v) {
          return set_number(o.modules, v, 0, k_last_module_count);
-     }                                                                                                                             },
-    {"--rate",             "a number from 0 to 1000000",
-     [](Options &o,                                                      std::string_view v) { return set_number(o.rate, v, 0, k_last_rate); }        },
-    {"--preload",          "a number from 0 to 10000000",
-     [](Options &o,                                                      std::string_view v) { return set_number(o.preload, v, 0, k_last_preload); }  },
-    {"--first-entry",      "a number of at most 64 bits",
-     [](Options &o,                                                      std::string_view v) {
+     }},
+    {"--rate", "a number from 0 to 1000000",
+     [](Options &o, std::string_view v) { return set_number(o.rate, v, 0, k_last_rate); }},
+    {"--preload", "a number from 0 to 10000000",
+     [](Options &o, std::string_view v) { return set_number(o.preload, v, 0, k_last_preload); }},
+    {"--first-entry", "a number of at most 64 bits",
+     [](Options &o, std::string_view v) {
          const auto number = number_of<uint64_t>(v);
          o.first_entry = number.value_or(0);
          return number.has_value();
-     }                                                                                                                             },
-    {"--management-ip",    "an address like 192.0.2.1",
-     [](Options &o,                                                      std::string_view v) { return set_address(o.identity.management_ip, v); }     },
+     }},
+    {"--management-ip", "an address like 192.0.2.1",
+     [](Options &o, std::string_view v) { return set_address(o.identity.management_ip, v); }},
 };
 
 const Row *row_of(std::string_view name)

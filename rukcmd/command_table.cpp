@@ -25,11 +25,9 @@ constexpr CommandEntry command(CommandHandler handler, const Keywords &words, co
                                const char *text, Permission permission)
 {
     const auto &at = words.at;
-    return {
-        COMMAND_RUN, handler,   nullptr,
-        text,        hint,      {at[0], at[1], at[2], at[3], at[4], at[5], at[6]},
-        nullptr,     permission
-    };
+    return {COMMAND_RUN, handler,   nullptr,
+            text,        hint,      {at[0], at[1], at[2], at[3], at[4], at[5], at[6]},
+            nullptr,     permission};
 }
 
 constexpr CommandEntry k_end{};

@@ -13,9 +13,9 @@ struct GuardedSignal {
 };
 
 GuardedSignal guarded[] = {
-    {SIGINT,  false, {}},
+    {SIGINT, false, {}},
     {SIGTERM, false, {}},
-    {SIGHUP,  false, {}},
+    {SIGHUP, false, {}},
     {SIGPIPE, false, {}},
 };
 

@@ -4,15 +4,15 @@
 #include <cctype>
 
 const LogLevel ruk_log_levels[] = {
-    {KT_LEVEL_ERROR,   "Error",   'e' },
-    {KT_LEVEL_NOTICE,  "Notice",  'n' },
-    {KT_LEVEL_WARNING, "Warning", 'w' },
-    {KT_LEVEL_INFO,    "Info",    'i' },
-    {KT_LEVEL_DEBUG,   "Debug",   'd' },
-    {KT_LEVEL_TEMP,    "Temp",    't' },
-    {KT_LEVEL_PACKET,  "Packet",  'p' },
-    {KT_LEVEL_LOG,     "Log",     'l' },
-    {0,                nullptr,   '\0'},
+    {KT_LEVEL_ERROR, "Error", 'e'},
+    {KT_LEVEL_NOTICE, "Notice", 'n'},
+    {KT_LEVEL_WARNING, "Warning", 'w'},
+    {KT_LEVEL_INFO, "Info", 'i'},
+    {KT_LEVEL_DEBUG, "Debug", 'd'},
+    {KT_LEVEL_TEMP, "Temp", 't'},
+    {KT_LEVEL_PACKET, "Packet", 'p'},
+    {KT_LEVEL_LOG, "Log", 'l'},
+    {0, nullptr, '\0'},
 };
 
 const char *ruk_levelstring(int32_t level)

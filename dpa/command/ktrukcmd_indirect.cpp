@@ -36,9 +36,9 @@ constexpr wire::Forms k_forms{
     .version = KT_COMMAND_VERSION,
     .descriptor = k_connection,
     .socket_api = kt_rukcmd_socket_api,
-    .simple = {"kt_rukcmd_call_indirect_simple", 0,   0,   294},
-    .indirect1 = {"kt_rukcmd_call_indirect1",       321, 0,   339},
-    .indirect2 = {"kt_rukcmd_call_indirect2",       368, 382, 395},
+    .simple = {"kt_rukcmd_call_indirect_simple", 0, 0, 294},
+    .indirect1 = {"kt_rukcmd_call_indirect1", 321, 0, 339},
+    .indirect2 = {"kt_rukcmd_call_indirect2", 368, 382, 395},
 };
 
 } // namespace

@@ -17,9 +17,9 @@ constexpr wire::Forms k_forms{
     .version = KT_AGENT_VERSION,
     .descriptor = wire::Descriptor(kt_dpa_call_fd),
     .socket_api = kt_dpa_socket_api,
-    .simple = {"kt_dpa_call_indirect_simple", 0,   0,   105},
-    .indirect1 = {"kt_dpa_call_indirect1",       134, 0,   152},
-    .indirect2 = {"kt_dpa_call_indirect2",       190, 204, 217},
+    .simple = {"kt_dpa_call_indirect_simple", 0, 0, 105},
+    .indirect1 = {"kt_dpa_call_indirect1", 134, 0, 152},
+    .indirect2 = {"kt_dpa_call_indirect2", 190, 204, 217},
 };
 
 } // namespace

@@ -6,15 +6,11 @@
 TEST(kt_find_next_arg, gives_the_start_of_the_next_word_or_null)
 {
     const std::pair<const char *, const char *> rows[] = {
-        {"show info",       "info"  },
-        {"show  \t info x", "info x"},
-        {" a",              "a"     },
-        {"a;b c",           "c"     },
-        {"show",            nullptr },
-        {"show ",           nullptr },
-        {"",                nullptr },
-        {"   ",             nullptr },
-        {nullptr,           nullptr },
+        {"show info", "info"}, {"show  \t info x", "info x"},
+        {" a", "a"},           {"a;b c", "c"},
+        {"show", nullptr},     {"show ", nullptr},
+        {"", nullptr},         {"   ", nullptr},
+        {nullptr, nullptr},
     };
     for (const auto &[text, expected] : rows) {
         SCOPED_TRACE(text ? text : "NULL");
@@ -29,14 +25,14 @@ TEST(strncpy_until_space, keeps_what_fits_and_terminates)
         int32_t max;
         std::string expected;
     } const rows[] = {
-        {"word rest",  32, "word"     },
-        {"word\trest", 32, "word"     },
-        {"word;rest",  32, "word;rest"},
-        {"word",       5,  "word"     },
-        {"word",       4,  "wor"      },
-        {"word",       1,  ""         },
-        {" word",      32, ""         },
-        {"",           32, ""         },
+        {"word rest", 32, "word"},
+        {"word\trest", 32, "word"},
+        {"word;rest", 32, "word;rest"},
+        {"word", 5, "word"},
+        {"word", 4, "wor"},
+        {"word", 1, ""},
+        {" word", 32, ""},
+        {"", 32, ""},
     };
     for (const auto &row : rows) {
         SCOPED_TRACE(row.src);
@@ -64,16 +60,16 @@ TEST(stris, compares_whole_words_ignoring_case)
         const char *keyword;
         int32_t expected;
     } const rows[] = {
-        {"show",      "show", 0},
+        {"show", "show", 0},
         {"SHOW info", "show", 0},
         {"show;info", "show", 0},
-        {"show\tx",   "SHOW", 0},
-        {"sh",        "show", 1},
-        {"shows",     "show", 1},
-        {"",          "",     0},
-        {" x",        "",     0},
-        {"x",         "",     1},
-        {"",          "x",    1},
+        {"show\tx", "SHOW", 0},
+        {"sh", "show", 1},
+        {"shows", "show", 1},
+        {"", "", 0},
+        {" x", "", 0},
+        {"x", "", 1},
+        {"", "x", 1},
     };
     for (const auto &row : rows) {
         SCOPED_TRACE(row.word);
@@ -103,12 +99,8 @@ TEST(kt_strncasecmp, compares_exactly_n_bytes_across_terminators)
         size_t n;
         int32_t expected;
     } const rows[] = {
-        {"abc",  "ABC",  3, 0},
-        {"abc",  "abd",  2, 0},
-        {"abc",  "abd",  3, 1},
-        {"a\0x", "a\0y", 3, 1},
-        {"a\0x", "A\0X", 3, 0},
-        {"a",    "b",    0, 0},
+        {"abc", "ABC", 3, 0},   {"abc", "abd", 2, 0},   {"abc", "abd", 3, 1},
+        {"a\0x", "a\0y", 3, 1}, {"a\0x", "A\0X", 3, 0}, {"a", "b", 0, 0},
     };
     for (const auto &row : rows) {
         SCOPED_TRACE(row.a);

@@ -103,10 +103,7 @@ bool Child::read_some(std::chrono::steady_clock::time_point deadline)
 {
     const auto left = std::chrono::duration_cast<std::chrono::milliseconds>(
         deadline - std::chrono::steady_clock::now());
-    pollfd watched[] = {
-        {out_fd_, POLLIN, 0},
-        {err_fd_, POLLIN, 0}
-    };
+    pollfd watched[] = {{out_fd_, POLLIN, 0}, {err_fd_, POLLIN, 0}};
     if (left.count() <= 0 || poll(watched, 2, static_cast<int>(left.count())) <= 0) {
         return false;
     }

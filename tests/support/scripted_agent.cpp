@@ -216,10 +216,7 @@ void ScriptedAgent::serve()
 {
     std::list<std::unique_ptr<Connection>> connections;
     for (;;) {
-        std::vector<pollfd> watched{
-            {stop_[0],  POLLIN, 0},
-            {listener_, POLLIN, 0}
-        };
+        std::vector<pollfd> watched{{stop_[0], POLLIN, 0}, {listener_, POLLIN, 0}};
         for (const auto &connection : connections) {
             watched.push_back({connection->fd, POLLIN, 0});
         }
