@@ -45,63 +45,42 @@ constexpr const char *k_message_labels[] = {
 static_assert(std::size(k_message_labels) == BREL_OFP_MESSAGE_TYPES);
 
 constexpr BitText k_config_lines[] = {
-    {0x01, "Port is admin down"                     },
-    {0x02, "STP (802.1d) not supported"             },
-    {0x04, "Port drops all packets except STP"      },
-    {0x08, "Port drops all packets"                 },
-    {0x10, "No flooding to this port"               },
+    {0x01, "Port is admin down"},
+    {0x02, "STP (802.1d) not supported"},
+    {0x04, "Port drops all packets except STP"},
+    {0x08, "Port drops all packets"},
+    {0x10, "No flooding to this port"},
     {0x20, "Drop all packets forwarded to this port"},
-    {0x40, "Do not send packet in messages"         },
+    {0x40, "Do not send packet in messages"},
 };
 
 // Bit tests, not a decoding of the two-bit spanning tree field: a forwarding port (0x200) also
 // counts as "not part", and readers of the dump are used to that.
 constexpr BitText k_state_lines[] = {
-    {0x001, "Link is down"                    },
+    {0x001, "Link is down"},
     {0x100, "Learning but not relaying frames"},
-    {0x200, "Learning and relaying frames"    },
-    {0x300, "Not part of spanning tree"       },
+    {0x200, "Learning and relaying frames"},
+    {0x300, "Not part of spanning tree"},
 };
 
 constexpr BitText k_feature_words[] = {
-    {0x001, "10MB_HD "   },
-    {0x002, "10MB_FD "   },
-    {0x004, "100MB_HD "  },
-    {0x008, "100MB_FD "  },
-    {0x010, "1GB_HD "    },
-    {0x020, "1GB_FD "    },
-    {0x040, "10GB_FD "   },
-    {0x080, "Copper "    },
-    {0x100, "Fiber "     },
-    {0x200, "Autoneg "   },
-    {0x400, "Pause "     },
-    {0x800, "Pause_asym "},
+    {0x001, "10MB_HD "}, {0x002, "10MB_FD "}, {0x004, "100MB_HD "}, {0x008, "100MB_FD "},
+    {0x010, "1GB_HD "},  {0x020, "1GB_FD "},  {0x040, "10GB_FD "},  {0x080, "Copper "},
+    {0x100, "Fiber "},   {0x200, "Autoneg "}, {0x400, "Pause "},    {0x800, "Pause_asym "},
 };
 
 // The masks are the action type numbers themselves, not a bit per action: kept, since readers of
 // the dump know the names that a given word prints.
 constexpr BitText k_action_words[] = {
-    {1,      "OFPAT_SET_VLAN_VID "},
-    {2,      "OFPAT_SET_VLAN_PCP "},
-    {3,      "OFPAT_STRIP_VLAN "  },
-    {4,      "OFPAT_SET_DL_SRC "  },
-    {5,      "OFPAT_SET_DL_DST "  },
-    {6,      "OFPAT_SET_NW_SRC "  },
-    {7,      "OFPAT_SET_NW_DST "  },
-    {8,      "OFPAT_SET_NW_TOS "  },
-    {9,      "OFPAT_SET_TP_SRC "  },
-    {10,     "OFPAT_SET_TP_DST "  },
-    {11,     "OFPAT_ENQUEUE "     },
-    {0xffff, "OFPAT_VENDOR "      },
+    {1, "OFPAT_SET_VLAN_VID "}, {2, "OFPAT_SET_VLAN_PCP "}, {3, "OFPAT_STRIP_VLAN "},
+    {4, "OFPAT_SET_DL_SRC "},   {5, "OFPAT_SET_DL_DST "},   {6, "OFPAT_SET_NW_SRC "},
+    {7, "OFPAT_SET_NW_DST "},   {8, "OFPAT_SET_NW_TOS "},   {9, "OFPAT_SET_TP_SRC "},
+    {10, "OFPAT_SET_TP_DST "},  {11, "OFPAT_ENQUEUE "},     {0xffff, "OFPAT_VENDOR "},
 };
 
 constexpr BitText k_capability_words[] = {
-    {0x01, "OFPC_FLOW_STATS "  },
-    {0x02, "OFPC_TABLE_STATS " },
-    {0x04, "OFPC_PORT_STATS "  },
-    {0x08, "OFPC_STP "         },
-    {0x20, "OFPC_IP_REASM "    },
-    {0x40, "OFPC_QUEUE_STATS " },
+    {0x01, "OFPC_FLOW_STATS "},   {0x02, "OFPC_TABLE_STATS "}, {0x04, "OFPC_PORT_STATS "},
+    {0x08, "OFPC_STP "},          {0x20, "OFPC_IP_REASM "},    {0x40, "OFPC_QUEUE_STATS "},
     {0x80, "OFPC_ARP_MATCH_IP "},
 };
 

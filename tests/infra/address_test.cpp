@@ -149,33 +149,33 @@ TEST(kt_parse_mac_address, parses_both_forms)
         const char *text;
         Mac expected;
     } const rows[] = {
-        {"00:1b:2c:3d:4e:5f",                  k_mac                               },
-        {"00-1B-2C-3D-4E-5F",                  k_mac                               },
-        {"00:1b-2c:3d-4E:5f",                  k_mac                               },
-        {"001b.2c3d.4e5f",                     k_mac                               },
-        {"001b-2c3d-4e5f",                     k_mac                               },
-        {"001B.2C3D-4E5F",                     k_mac                               },
-        {"0:1b:2c:3d:4e:5f",                   k_mac                               },
-        {"a:1b:2c:3d:4e:5f",                   {0x0a, 0x1b, 0x2c, 0x3d, 0x4e, 0x5f}},
-        {"F:1b-2c-3d-4e-5f",                   {0x0f, 0x1b, 0x2c, 0x3d, 0x4e, 0x5f}},
-        {" \t\n\v\f\r00:1b:2c:3d:4e:5f",       k_mac                               },
-        {" 0:1b:2c:3d:4e:5f",                  k_mac                               },
-        {"00:1b:2c:3d:4e:5f ",                 k_mac                               },
-        {"00:1b:2c:3d:4e:5f\n",                k_mac                               },
-        {"00:1b:2c:3d:4e:5f\tanything at all", k_mac                               },
-        {"0:1b:2c:3d:4e:5f x",                 k_mac                               },
-        {"ff:ff:ff:ff:ff:ff",                  {0xff, 0xff, 0xff, 0xff, 0xff, 0xff}},
-        {"FF:fE:Ed:00:aA:Bb",                  {0xff, 0xfe, 0xed, 0x00, 0xaa, 0xbb}},
-        {"ffff.ffff.ffff",                     {0xff, 0xff, 0xff, 0xff, 0xff, 0xff}},
- // Digits behind the last group of four belong to it, and its low 16 bits count.
-        {"001b.2c3d.4e5f6",                    {0x00, 0x1b, 0x2c, 0x3d, 0xe5, 0xf6}},
-        {"001b.2c3d.4e5f67",                   {0x00, 0x1b, 0x2c, 0x3d, 0x5f, 0x67}},
-        {"001b.2c3d.4e5f678",                  {0x00, 0x1b, 0x2c, 0x3d, 0xf6, 0x78}},
-        {"001b.2c3d.4e5f678 9",                {0x00, 0x1b, 0x2c, 0x3d, 0xf6, 0x78}},
- // Anything else behind it is ignored while it stays short of position 17.
-        {"001b.2c3d.4e5f.",                    k_mac                               },
-        {"001b.2c3d.4e5fxyz",                  k_mac                               },
-        {"001b.2c3d.4e5f xy z",                k_mac                               },
+        {"00:1b:2c:3d:4e:5f", k_mac},
+        {"00-1B-2C-3D-4E-5F", k_mac},
+        {"00:1b-2c:3d-4E:5f", k_mac},
+        {"001b.2c3d.4e5f", k_mac},
+        {"001b-2c3d-4e5f", k_mac},
+        {"001B.2C3D-4E5F", k_mac},
+        {"0:1b:2c:3d:4e:5f", k_mac},
+        {"a:1b:2c:3d:4e:5f", {0x0a, 0x1b, 0x2c, 0x3d, 0x4e, 0x5f}},
+        {"F:1b-2c-3d-4e-5f", {0x0f, 0x1b, 0x2c, 0x3d, 0x4e, 0x5f}},
+        {" \t\n\v\f\r00:1b:2c:3d:4e:5f", k_mac},
+        {" 0:1b:2c:3d:4e:5f", k_mac},
+        {"00:1b:2c:3d:4e:5f ", k_mac},
+        {"00:1b:2c:3d:4e:5f\n", k_mac},
+        {"00:1b:2c:3d:4e:5f\tanything at all", k_mac},
+        {"0:1b:2c:3d:4e:5f x", k_mac},
+        {"ff:ff:ff:ff:ff:ff", {0xff, 0xff, 0xff, 0xff, 0xff, 0xff}},
+        {"FF:fE:Ed:00:aA:Bb", {0xff, 0xfe, 0xed, 0x00, 0xaa, 0xbb}},
+        {"ffff.ffff.ffff", {0xff, 0xff, 0xff, 0xff, 0xff, 0xff}},
+        // Digits behind the last group of four belong to it, and its low 16 bits count.
+        {"001b.2c3d.4e5f6", {0x00, 0x1b, 0x2c, 0x3d, 0xe5, 0xf6}},
+        {"001b.2c3d.4e5f67", {0x00, 0x1b, 0x2c, 0x3d, 0x5f, 0x67}},
+        {"001b.2c3d.4e5f678", {0x00, 0x1b, 0x2c, 0x3d, 0xf6, 0x78}},
+        {"001b.2c3d.4e5f678 9", {0x00, 0x1b, 0x2c, 0x3d, 0xf6, 0x78}},
+        // Anything else behind it is ignored while it stays short of position 17.
+        {"001b.2c3d.4e5f.", k_mac},
+        {"001b.2c3d.4e5fxyz", k_mac},
+        {"001b.2c3d.4e5f xy z", k_mac},
     };
     for (const auto &row : rows) {
         SCOPED_TRACE(row.text);
@@ -192,48 +192,48 @@ TEST(kt_parse_mac_address, keeps_the_groups_before_a_failure)
         const char *text;
         size_t written; // bytes of k_mac
     } const rows[] = {
-        {"",                   0},
-        {"      ",             0},
-        {"0:1b",               0},
-        {" \t 0:1b",           0},
-        {"0:1b:",              2},
-        {"0:1b ",              1},
- // Characters at position 17.
+        {"", 0},
+        {"      ", 0},
+        {"0:1b", 0},
+        {" \t 0:1b", 0},
+        {"0:1b:", 2},
+        {"0:1b ", 1},
+        // Characters at position 17.
         {"00:1b:2c:3d:4e:5f:", 0},
         {"00:1b:2c:3d:4e:5f0", 0},
-        {"0:1b:2c:3d:4e:5f:",  0},
-        {"0:1b:2c:3d:4e:5f5",  0},
+        {"0:1b:2c:3d:4e:5f:", 0},
+        {"0:1b:2c:3d:4e:5f5", 0},
         {"001b.2c3d.4e5f6789", 0},
         {"001b.2c3d.4e5f xyz", 0},
- // Six groups.
-        {"0g:1b:2c:3d:4e:5f",  0},
-        {"::::::",             0},
-        {"00.1b.2c.3d.4e.5f",  0},
-        {"00:1:2c:3d:4e:5f",   1},
-        {"00:g1:2c:3d:4e:5f",  1},
-        {"00:1b.2c:3d:4e:5f",  1},
-        {"00:1b:2 :3d:4e:5f",  2},
-        {"00:1b:2c:3:4e:5f",   3},
-        {"00:1b:2c:3d",        3},
-        {"00:1b:2c:3d:4e",     4},
-        {"00:1b:2c:3d:4e.5f",  4},
-        {"00:1b:2c:3d:4e:",    5},
-        {"00:1b:2c:3d:4e:5",   5},
+        // Six groups.
+        {"0g:1b:2c:3d:4e:5f", 0},
+        {"::::::", 0},
+        {"00.1b.2c.3d.4e.5f", 0},
+        {"00:1:2c:3d:4e:5f", 1},
+        {"00:g1:2c:3d:4e:5f", 1},
+        {"00:1b.2c:3d:4e:5f", 1},
+        {"00:1b:2 :3d:4e:5f", 2},
+        {"00:1b:2c:3:4e:5f", 3},
+        {"00:1b:2c:3d", 3},
+        {"00:1b:2c:3d:4e", 4},
+        {"00:1b:2c:3d:4e.5f", 4},
+        {"00:1b:2c:3d:4e:", 5},
+        {"00:1b:2c:3d:4e:5", 5},
         {"00:1b:2c:3d:4e:5 f", 0},
-        {"00:1b:2c:3d:4e:5 ",  5},
-        {"00:1b:2c:3d:4e:x5",  5},
- // Three groups.
-        {"001b:2c3d:4e5f",     0},
-        {"001b2c3d4e5f",       0},
-        {"0-1b-2c-3d-4e-5f",   0},
-        {"0x1b.2c3d.4e5f",     0},
-        {"001b.2c3g.4e5f",     2},
-        {"001b.2c3d:4e5f",     2},
-        {"001b.2c3d",          2},
-        {"001b.2c3d.",         4},
-        {"001b.2c3d.4e5",      4},
-        {"001b.2c3d.4e5 f",    4},
-        {"001b-2c3d-+e5f",     4},
+        {"00:1b:2c:3d:4e:5 ", 5},
+        {"00:1b:2c:3d:4e:x5", 5},
+        // Three groups.
+        {"001b:2c3d:4e5f", 0},
+        {"001b2c3d4e5f", 0},
+        {"0-1b-2c-3d-4e-5f", 0},
+        {"0x1b.2c3d.4e5f", 0},
+        {"001b.2c3g.4e5f", 2},
+        {"001b.2c3d:4e5f", 2},
+        {"001b.2c3d", 2},
+        {"001b.2c3d.", 4},
+        {"001b.2c3d.4e5", 4},
+        {"001b.2c3d.4e5 f", 4},
+        {"001b-2c3d-+e5f", 4},
     };
     for (const auto &row : rows) {
         SCOPED_TRACE(row.text);
@@ -256,36 +256,36 @@ TEST(kt_parse_mac_address, traces_behind_its_bits)
         const char *text;
         const char *printed;
     } const rows[] = {
-        {0x08,       "0:1b:2c:3d:4e:5f",
-         "Adjusted MAC String from 0:1b:2c:3d:4e:5f to 00:1b:2c:3d:4e:5f\n"                                    },
-        {0x08,       "  0:1b:2c:3d:4e:5f",
-         "Adjusted MAC String from 0:1b:2c:3d:4e:5f to 00:1b:2c:3d:4e:5f\n"                                    },
-        {0x08,       "0:1b:2c:3d:4e:5f abc",
-         "Adjusted MAC String from 0:1b:2c:3d:4e:5f abc to 00:1b:2c:3d:4e:5f a\n"                              },
-        {0x08,       "00:1b:2c:3d:4e:5f",            ""                                                        },
-        {0x10,       "00:1b:2c:3d:4e:5f",            "No adjustment in MAC String needed 00:1b:2c:3d:4e:5f\n"  },
-        {0x10,       "00:1b:2c:3d:4e:5f abc",        "No adjustment in MAC String needed 00:1b:2c:3d:4e:5f a\n"},
-        {0x10,       "001b.2c3d.4e5f",               "No adjustment in MAC String needed 001b.2c3d.4e5f\n"     },
-        {0x10,       "0:1b:2c:3d:4e:5f",             ""                                                        },
-        {0x10,       "0:1b",                         ""                                                        },
-        {0x04,       "00:1b:2c:3d:4e:5f:",
-         "kt_get_adjusted_mac_string: Mac[00:1b:2c:3d:4e:5f:] parsed has extra characters\n"                   },
-        {0x04,       " 0:1b:2c:3d:4e:5f:0123456789",
+        {0x08, "0:1b:2c:3d:4e:5f",
+         "Adjusted MAC String from 0:1b:2c:3d:4e:5f to 00:1b:2c:3d:4e:5f\n"},
+        {0x08, "  0:1b:2c:3d:4e:5f",
+         "Adjusted MAC String from 0:1b:2c:3d:4e:5f to 00:1b:2c:3d:4e:5f\n"},
+        {0x08, "0:1b:2c:3d:4e:5f abc",
+         "Adjusted MAC String from 0:1b:2c:3d:4e:5f abc to 00:1b:2c:3d:4e:5f a\n"},
+        {0x08, "00:1b:2c:3d:4e:5f", ""},
+        {0x10, "00:1b:2c:3d:4e:5f", "No adjustment in MAC String needed 00:1b:2c:3d:4e:5f\n"},
+        {0x10, "00:1b:2c:3d:4e:5f abc", "No adjustment in MAC String needed 00:1b:2c:3d:4e:5f a\n"},
+        {0x10, "001b.2c3d.4e5f", "No adjustment in MAC String needed 001b.2c3d.4e5f\n"},
+        {0x10, "0:1b:2c:3d:4e:5f", ""},
+        {0x10, "0:1b", ""},
+        {0x04, "00:1b:2c:3d:4e:5f:",
+         "kt_get_adjusted_mac_string: Mac[00:1b:2c:3d:4e:5f:] parsed has extra characters\n"},
+        {0x04, " 0:1b:2c:3d:4e:5f:0123456789",
          "kt_get_adjusted_mac_string: Mac[0:1b:2c:3d:4e:5f:0123456789] parsed has extra "
-         "characters\n"                                                                                        },
-        {0x04,       "001b:2c3d:4e5f",               "Couldn't parse MAC address 001b:2c3d:4e5f\n"             },
-        {0x04,       " not a mac address at all",    "Couldn't parse MAC address not a mac address a\n"        },
-        {0x04,       "00:1b:2c:3d:4e:5g",            ""                                                        },
-        {0x04,       "001b.2c3d.4e5g",               ""                                                        },
-        {0x04,       "0:1b",                         ""                                                        },
-        {0x04,       "00:1b:2c:3d:4e:5f",            ""                                                        },
-        {0x1c,       "0:1b:2c:3d:4e:5f:",
+         "characters\n"},
+        {0x04, "001b:2c3d:4e5f", "Couldn't parse MAC address 001b:2c3d:4e5f\n"},
+        {0x04, " not a mac address at all", "Couldn't parse MAC address not a mac address a\n"},
+        {0x04, "00:1b:2c:3d:4e:5g", ""},
+        {0x04, "001b.2c3d.4e5g", ""},
+        {0x04, "0:1b", ""},
+        {0x04, "00:1b:2c:3d:4e:5f", ""},
+        {0x1c, "0:1b:2c:3d:4e:5f:",
          "Adjusted MAC String from 0:1b:2c:3d:4e:5f: to 00:1b:2c:3d:4e:5f:\n"
-         "kt_get_adjusted_mac_string: Mac[0:1b:2c:3d:4e:5f:] parsed has extra characters\n"                    },
-        {0x87,       "0:1b:2c:3d:4e:5f",             ""                                                        },
-        {0x87,       "001b:2c3d:4e5f",               "Couldn't parse MAC address 001b:2c3d:4e5f\n"             },
-        {0xffffffe3, "001b:2c3d:4e5f",               ""                                                        },
-        {0xffffffe3, "0:1b:2c:3d:4e:5f:",            ""                                                        },
+         "kt_get_adjusted_mac_string: Mac[0:1b:2c:3d:4e:5f:] parsed has extra characters\n"},
+        {0x87, "0:1b:2c:3d:4e:5f", ""},
+        {0x87, "001b:2c3d:4e5f", "Couldn't parse MAC address 001b:2c3d:4e5f\n"},
+        {0xffffffe3, "001b:2c3d:4e5f", ""},
+        {0xffffffe3, "0:1b:2c:3d:4e:5f:", ""},
     };
     for (const auto &row : rows) {
         SCOPED_TRACE(row.text);
@@ -333,12 +333,9 @@ TEST(kt_parse_mac_address, differs_from_the_platform_where_its_forms_do)
         bool ours;
         bool platform;
     } const rows[] = {
-        {"0:1b:2c:3d:4e:5f",  true,  true },
-        {"0:1:2:3:4:5",       false, true },
-        {"00:1b:2c:3d:4e:5",  false, true },
-        {"00-1b-2c-3d-4e-5f", true,  false},
-        {"001b.2c3d.4e5f",    true,  false},
-        {" 0:1b:2c:3d:4e:5f", true,  false},
+        {"0:1b:2c:3d:4e:5f", true, true},  {"0:1:2:3:4:5", false, true},
+        {"00:1b:2c:3d:4e:5", false, true}, {"00-1b-2c-3d-4e-5f", true, false},
+        {"001b.2c3d.4e5f", true, false},   {" 0:1b:2c:3d:4e:5f", true, false},
     };
     for (const auto &row : rows) {
         SCOPED_TRACE(row.text);
@@ -356,17 +353,17 @@ TEST(kt_parse_ip_address, parses_four_numbers)
         std::string text;
         Ipv4 expected;
     } const rows[] = {
-        {"10.1.2.3",          {10, 1, 2, 3}       },
-        {"0.0.0.0",           {0, 0, 0, 0}        },
-        {"255.255.255.255",   {255, 255, 255, 255}},
-        {"  \t\n10.1.2.3",    {10, 1, 2, 3}       },
-        {"1.2.3.4 x",         {1, 2, 3, 4}        },
-        {"1.2.3.4\t5.6.7.8",  {1, 2, 3, 4}        },
-        {"1.2.3.4\n",         {1, 2, 3, 4}        },
-        {"010.1.02.003",      {10, 1, 2, 3}       },
-        {"00.00.00.00",       {0, 0, 0, 0}        },
-        {"1.2.3." + zeros,    {1, 2, 3, 0}        },
-        {zeros + "77.2.3.4 ", {77, 2, 3, 4}       },
+        {"10.1.2.3", {10, 1, 2, 3}},
+        {"0.0.0.0", {0, 0, 0, 0}},
+        {"255.255.255.255", {255, 255, 255, 255}},
+        {"  \t\n10.1.2.3", {10, 1, 2, 3}},
+        {"1.2.3.4 x", {1, 2, 3, 4}},
+        {"1.2.3.4\t5.6.7.8", {1, 2, 3, 4}},
+        {"1.2.3.4\n", {1, 2, 3, 4}},
+        {"010.1.02.003", {10, 1, 2, 3}},
+        {"00.00.00.00", {0, 0, 0, 0}},
+        {"1.2.3." + zeros, {1, 2, 3, 0}},
+        {zeros + "77.2.3.4 ", {77, 2, 3, 4}},
     };
     for (const auto &row : rows) {
         SCOPED_TRACE(row.text);
@@ -453,32 +450,32 @@ TEST(kt_parse_ipv6_address, parses_the_text_form)
         std::string text;
         Ipv6 expected;
     } const rows[] = {
-        {"::",                                 {}                                              },
-        {"::1",                                {0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 1}},
-        {"1::",                                {0, 1}                                          },
-        {"1:2:3:4:5:6:7:8",                    {0, 1, 0, 2, 0, 3, 0, 4, 0, 5, 0, 6, 0, 7, 0, 8}},
+        {"::", {}},
+        {"::1", {0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 1}},
+        {"1::", {0, 1}},
+        {"1:2:3:4:5:6:7:8", {0, 1, 0, 2, 0, 3, 0, 4, 0, 5, 0, 6, 0, 7, 0, 8}},
         {"2001:db8::8:800:200C:417a",
-         {0x20, 0x01, 0x0d, 0xb8, 0, 0, 0, 0, 0, 8, 8, 0, 0x20, 0x0c, 0x41, 0x7a}              },
-        {"FfFf:aBcD::",                        {0xff, 0xff, 0xab, 0xcd}                        },
-        {"1::8",                               {0, 1, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 8}},
-        {"1:2:3::7:8",                         {0, 1, 0, 2, 0, 3, 0, 0, 0, 0, 0, 0, 0, 7, 0, 8}},
-        {"1:2:3:4:5:6:7::",                    {0, 1, 0, 2, 0, 3, 0, 4, 0, 5, 0, 6, 0, 7, 0, 0}},
-        {"::2:3:4:5:6:7:8",                    {0, 0, 0, 2, 0, 3, 0, 4, 0, 5, 0, 6, 0, 7, 0, 8}},
- // A zero run that stands for no group.
-        {"1:2:3:4:5:6:7::8",                   {0, 1, 0, 2, 0, 3, 0, 4, 0, 5, 0, 6, 0, 7, 0, 8}},
-        {"::1:2:3:4:5:6:7:8",                  {0, 1, 0, 2, 0, 3, 0, 4, 0, 5, 0, 6, 0, 7, 0, 8}},
-        {"1:2:3:4:5:6:7:8::",                  {0, 1, 0, 2, 0, 3, 0, 4, 0, 5, 0, 6, 0, 7, 0, 8}},
-        {"1:2:3:4:5:6::1.2.3.4",               {0, 1, 0, 2, 0, 3, 0, 4, 0, 5, 0, 6, 1, 2, 3, 4}},
- // Leading zeros without limit.
+         {0x20, 0x01, 0x0d, 0xb8, 0, 0, 0, 0, 0, 8, 8, 0, 0x20, 0x0c, 0x41, 0x7a}},
+        {"FfFf:aBcD::", {0xff, 0xff, 0xab, 0xcd}},
+        {"1::8", {0, 1, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 8}},
+        {"1:2:3::7:8", {0, 1, 0, 2, 0, 3, 0, 0, 0, 0, 0, 0, 0, 7, 0, 8}},
+        {"1:2:3:4:5:6:7::", {0, 1, 0, 2, 0, 3, 0, 4, 0, 5, 0, 6, 0, 7, 0, 0}},
+        {"::2:3:4:5:6:7:8", {0, 0, 0, 2, 0, 3, 0, 4, 0, 5, 0, 6, 0, 7, 0, 8}},
+        // A zero run that stands for no group.
+        {"1:2:3:4:5:6:7::8", {0, 1, 0, 2, 0, 3, 0, 4, 0, 5, 0, 6, 0, 7, 0, 8}},
+        {"::1:2:3:4:5:6:7:8", {0, 1, 0, 2, 0, 3, 0, 4, 0, 5, 0, 6, 0, 7, 0, 8}},
+        {"1:2:3:4:5:6:7:8::", {0, 1, 0, 2, 0, 3, 0, 4, 0, 5, 0, 6, 0, 7, 0, 8}},
+        {"1:2:3:4:5:6::1.2.3.4", {0, 1, 0, 2, 0, 3, 0, 4, 0, 5, 0, 6, 1, 2, 3, 4}},
+        // Leading zeros without limit.
         {"00001::00000000000000000000000ffff",
-         {0, 1, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0xff, 0xff}                                },
-        {std::string(5000,                     '0') + "::2",                                     {0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 2}},
- // Dotted tails.
-        {"::10.1.2.3",                                    {0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 10, 1, 2, 3}                                                                        },
-        {"::ffff:10.1.2.3",                                    {0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0xff, 0xff, 10, 1, 2, 3}},
-        {"::ffff:255.0.0.255",                                    {0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0xff, 0xff, 255, 0, 0, 255}                                                                     },
-        {"1:2:3:4:5:6:1.2.3.4",                                    {0, 1, 0, 2, 0, 3, 0, 4, 0, 5, 0, 6, 1, 2, 3, 4}},
-        {"64:ff9b::192.0.2.33",                                    {0, 0x64, 0xff, 0x9b, 0, 0, 0, 0, 0, 0, 0, 0, 192, 0, 2, 33}                                                                     },
+         {0, 1, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0xff, 0xff}},
+        {std::string(5000, '0') + "::2", {0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 2}},
+        // Dotted tails.
+        {"::10.1.2.3", {0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 10, 1, 2, 3}},
+        {"::ffff:10.1.2.3", {0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0xff, 0xff, 10, 1, 2, 3}},
+        {"::ffff:255.0.0.255", {0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0xff, 0xff, 255, 0, 0, 255}},
+        {"1:2:3:4:5:6:1.2.3.4", {0, 1, 0, 2, 0, 3, 0, 4, 0, 5, 0, 6, 1, 2, 3, 4}},
+        {"64:ff9b::192.0.2.33", {0, 0x64, 0xff, 0x9b, 0, 0, 0, 0, 0, 0, 0, 0, 192, 0, 2, 33}},
     };
     for (const auto &row : rows) {
         SCOPED_TRACE(row.text);
@@ -598,22 +595,22 @@ TEST(kt_parse_intf_uuid, copies_48_bytes_and_drops_one_line_feed)
         std::string text;
         std::string expected; // followed by zeros up to 48 bytes
     } const rows[] = {
-        {"",                                       ""                                    },
-        {"\n",                                     ""                                    },
-        {"a",                                      "a"                                   },
-        {"abc",                                    "abc"                                 },
-        {"abc\n",                                  "abc"                                 },
-        {"abc\n\n",                                "abc\n"                               },
-        {"abc\r\n",                                "abc\r"                               },
-        {"\nabc",                                  "\nabc"                               },
+        {"", ""},
+        {"\n", ""},
+        {"a", "a"},
+        {"abc", "abc"},
+        {"abc\n", "abc"},
+        {"abc\n\n", "abc\n"},
+        {"abc\r\n", "abc\r"},
+        {"\nabc", "\nabc"},
         {"123e4567-e89b-12d3-a456-426614174000\n", "123e4567-e89b-12d3-a456-426614174000"},
-        {filler + "v",                             filler + "v"                          },
-        {filler + "\n",                            filler                                },
-        {filler + "vw",                            filler + "vw"                         },
-        {filler + "v\n",                           filler + "v"                          },
-        {filler + "vw\n",                          filler + "vw"                         },
-        {filler + "v\nx",                          filler + "v"                          },
-        {filler + "vwxyz and a lot more",          filler + "vw"                         },
+        {filler + "v", filler + "v"},
+        {filler + "\n", filler},
+        {filler + "vw", filler + "vw"},
+        {filler + "v\n", filler + "v"},
+        {filler + "vw\n", filler + "vw"},
+        {filler + "v\nx", filler + "v"},
+        {filler + "vwxyz and a lot more", filler + "vw"},
     };
     for (const auto &row : rows) {
         SCOPED_TRACE(row.text);
@@ -661,8 +658,8 @@ void expect_formats(const std::string &whole,
 TEST(snprintf_mac_address, writes_pairs_with_colons)
 {
     const std::pair<Mac, const char *> rows[] = {
-        {k_mac,                                "00:1b:2c:3d:4e:5f"},
-        {{0, 0, 0, 0, 0, 0},                   "00:00:00:00:00:00"},
+        {k_mac, "00:1b:2c:3d:4e:5f"},
+        {{0, 0, 0, 0, 0, 0}, "00:00:00:00:00:00"},
         {{0xff, 0xfe, 0xa0, 0x0a, 0x90, 0x09}, "ff:fe:a0:0a:90:09"},
     };
     for (const auto &[mac, text] : rows) {
@@ -676,11 +673,11 @@ TEST(snprintf_mac_address, writes_pairs_with_colons)
 TEST(snprintf_ip_address, writes_the_byte_at_the_lowest_address_first)
 {
     const std::pair<Ipv4, const char *> rows[] = {
-        {{10, 1, 2, 3},        "10.1.2.3"       },
-        {{0, 0, 0, 0},         "0.0.0.0"        },
+        {{10, 1, 2, 3}, "10.1.2.3"},
+        {{0, 0, 0, 0}, "0.0.0.0"},
         {{255, 255, 255, 255}, "255.255.255.255"},
-        {{192, 168, 99, 100},  "192.168.99.100" },
-        {{9, 200, 19, 0},      "9.200.19.0"     },
+        {{192, 168, 99, 100}, "192.168.99.100"},
+        {{9, 200, 19, 0}, "9.200.19.0"},
     };
     for (const auto &[octets, text] : rows) {
         SCOPED_TRACE(text);

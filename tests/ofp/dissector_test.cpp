@@ -22,41 +22,39 @@ struct Fact {
 };
 
 constexpr Fact k_facts[] = {
-    {"openflow.n_buffers",       "256",               "brel_dump_feat_reply: n_buffers:               256\n"},
-    {"openflow.n_tables",        "3",                 "brel_dump_feat_reply: n_tables:                3\n"  },
-    {"openflow.capabilities",    "0x00000005",        "brel_dump_feat_reply: capabilities:            5\n"  },
-    {"openflow.flow_stats",      "1",                 "OFPC_FLOW_STATS "                                    },
-    {"openflow.port_stats",      "1",                 "OFPC_PORT_STATS "                                    },
-    {"openflow.hw_add",          "00:1b:02:3d:0e:ff",
-     "brel_dump_phy_port: hw_address:              0:1b:2:3d:e:ff\n"                                        },
-    {"openflow.port_name",       "uplink-port-0016",
-     "brel_dump_phy_port: name:                    uplink-port-0016\n"                                      },
-    {"openflow.port_config",     "0x00000011",        "brel_dump_port_config: Port config 17\n"             },
-    {"openflow.port_down",       "1",                 "brel_dump_port_config: Port is admin down\n"         },
-    {"openflow.no_flood",        "1",                 "brel_dump_port_config: No flooding to this port\n"   },
-    {"openflow.port_state",      "0x00000001",        "brel_dump_port_state: Port state 1\n"                },
-    {"openflow.link_down",       "1",                 "brel_dump_port_state: Link is down\n"                },
-    {"openflow.port_curr",       "0x00000640",        ": Enabled feature: 10GB_FD Autoneg Pause \n"         },
-    {"openflow.10gb_fd",         "1",                 "10GB_FD "                                            },
-    {"openflow.autoneg",         "1",                 "Autoneg "                                            },
-    {"openflow.pause",           "1",                 "Pause "                                              },
-    {"openflow.port_advertised", "0x00000001",        ": Advertised feature: 10MB_HD \n"                    },
-    {"openflow.port_supported",  "0x00000020",        ": Supported feature: 1GB_FD \n"                      },
-    {"openflow.port_peer",       "0x00000100",        ": Peer feature: Fiber \n"                            },
+    {"openflow.n_buffers", "256", "brel_dump_feat_reply: n_buffers:               256\n"},
+    {"openflow.n_tables", "3", "brel_dump_feat_reply: n_tables:                3\n"},
+    {"openflow.capabilities", "0x00000005", "brel_dump_feat_reply: capabilities:            5\n"},
+    {"openflow.flow_stats", "1", "OFPC_FLOW_STATS "},
+    {"openflow.port_stats", "1", "OFPC_PORT_STATS "},
+    {"openflow.hw_add", "00:1b:02:3d:0e:ff",
+     "brel_dump_phy_port: hw_address:              0:1b:2:3d:e:ff\n"},
+    {"openflow.port_name", "uplink-port-0016",
+     "brel_dump_phy_port: name:                    uplink-port-0016\n"},
+    {"openflow.port_config", "0x00000011", "brel_dump_port_config: Port config 17\n"},
+    {"openflow.port_down", "1", "brel_dump_port_config: Port is admin down\n"},
+    {"openflow.no_flood", "1", "brel_dump_port_config: No flooding to this port\n"},
+    {"openflow.port_state", "0x00000001", "brel_dump_port_state: Port state 1\n"},
+    {"openflow.link_down", "1", "brel_dump_port_state: Link is down\n"},
+    {"openflow.port_curr", "0x00000640", ": Enabled feature: 10GB_FD Autoneg Pause \n"},
+    {"openflow.10gb_fd", "1", "10GB_FD "},
+    {"openflow.autoneg", "1", "Autoneg "},
+    {"openflow.pause", "1", "Pause "},
+    {"openflow.port_advertised", "0x00000001", ": Advertised feature: 10MB_HD \n"},
+    {"openflow.port_supported", "0x00000020", ": Supported feature: 1GB_FD \n"},
+    {"openflow.port_peer", "0x00000100", ": Peer feature: Fiber \n"},
 };
 
 Bytes message()
 {
     return ruk_test::features_reply(0x05, 0x0800,
-                                    {
-                                        {.name = "uplink-port-0016",
-                                         .config = 0x11,
-                                         .state = 0x001,
-                                         .curr = 0x640,
-                                         .advertised = 0x001,
-                                         .supported = 0x020,
-                                         .peer = 0x100}
-    });
+                                    {{.name = "uplink-port-0016",
+                                      .config = 0x11,
+                                      .state = 0x001,
+                                      .curr = 0x640,
+                                      .advertised = 0x001,
+                                      .supported = 0x020,
+                                      .peer = 0x100}});
 }
 
 void add_le32(Bytes &bytes, uint32_t word)

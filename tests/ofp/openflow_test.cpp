@@ -208,16 +208,14 @@ TEST(brel_ofp_dump_stats, wraps_its_totals)
 TEST(brel_dump_feat_reply, prints_the_switch_and_its_ports)
 {
     const Bytes message = features_reply(0x000000ef, 0x00000fff,
-                                         {
-                                             {.name = "eth1/1",
-                                              .config = 0x01,
-                                              .state = 0x001,
-                                              .curr = 0x0c0,
-                                              .advertised = 0x001,
-                                              .supported = 0xfff,
-                                              .peer = 0},
-                                             {.name = "uplink-port-0016",    .state = 0x200}
-    });
+                                         {{.name = "eth1/1",
+                                           .config = 0x01,
+                                           .state = 0x001,
+                                           .curr = 0x0c0,
+                                           .advertised = 0x001,
+                                           .supported = 0xfff,
+                                           .peer = 0},
+                                          {.name = "uplink-port-0016", .state = 0x200}});
     expect_dump(
         brel_dump_feat_reply, message,
         "brel_dump_feat_reply: datapath_id:             " + k_datapath_id +
@@ -284,12 +282,12 @@ TEST(brel_dump_feat_reply, prints_whole_ports_only)
         size_t length;
         std::string rest;
     } const rows[] = {
-        {32,  "brel_dump_feat_reply: Found (0) ports\n"                              },
-        {33,  "brel_dump_feat_reply: Found (0) ports\n"                              },
-        {79,  "brel_dump_feat_reply: Found (0) ports\n"                              },
-        {80,  "brel_dump_feat_reply: Found (1) ports\n" + k_plain_port               },
-        {81,  "brel_dump_feat_reply: Found (1) ports\n" + k_plain_port               },
-        {127, "brel_dump_feat_reply: Found (1) ports\n" + k_plain_port               },
+        {32, "brel_dump_feat_reply: Found (0) ports\n"},
+        {33, "brel_dump_feat_reply: Found (0) ports\n"},
+        {79, "brel_dump_feat_reply: Found (0) ports\n"},
+        {80, "brel_dump_feat_reply: Found (1) ports\n" + k_plain_port},
+        {81, "brel_dump_feat_reply: Found (1) ports\n" + k_plain_port},
+        {127, "brel_dump_feat_reply: Found (1) ports\n" + k_plain_port},
         {128, "brel_dump_feat_reply: Found (2) ports\n" + k_plain_port + k_plain_port},
     };
     for (const auto &row : rows) {
@@ -313,13 +311,13 @@ TEST(brel_dump_feat_reply, reads_no_field_behind_a_short_message)
         const char *capabilities;
         const char *features;
     } const rows[] = {
-        {0,  8,  "0",           "0",   "0", "0", ""                },
-        {4,  8,  "0",           "0",   "0", "0", ""                },
-        {8,  8,  "0",           "0",   "0", "0", ""                },
-        {16, 16, k_datapath_id, "0",   "0", "0", ""                },
-        {19, 19, k_datapath_id, "256", "0", "0", ""                },
-        {20, 20, k_datapath_id, "256", "0", "0", ""                },
-        {21, 21, k_datapath_id, "256", "3", "0", ""                },
+        {0, 8, "0", "0", "0", "0", ""},
+        {4, 8, "0", "0", "0", "0", ""},
+        {8, 8, "0", "0", "0", "0", ""},
+        {16, 16, k_datapath_id, "0", "0", "0", ""},
+        {19, 19, k_datapath_id, "256", "0", "0", ""},
+        {20, 20, k_datapath_id, "256", "0", "0", ""},
+        {21, 21, k_datapath_id, "256", "3", "0", ""},
         {28, 28, k_datapath_id, "256", "3", "1", "OFPC_FLOW_STATS "},
         {31, 31, k_datapath_id, "256", "3", "1", "OFPC_FLOW_STATS "},
     };
@@ -375,20 +373,20 @@ TEST(brel_dump_phy_port, ends_the_name_at_its_field)
         std::string_view name;
         const char *printed;
     } const rows[] = {
-        {{"", 0},                  ""                },
-        {{"a\0b", 3},              "a"               },
-        {{"fifteen-letters", 15},  "fifteen-letters" },
+        {{"", 0}, ""},
+        {{"a\0b", 3}, "a"},
+        {{"fifteen-letters", 15}, "fifteen-letters"},
         {{"sixteen-letters!", 16}, "sixteen-letters!"},
     };
     for (const auto &row : rows) {
         SCOPED_TRACE(row.printed);
-        Bytes record = phy_port({.name = row.name});
-        // Words behind the name that would print as letters.
+        Bytes record = phy_port({.name = row.name, .config = 0x5a000000});
+        // Words behind the name that would print as letters, the config word among them.
         std::fill(record.begin() + 40, record.end(), 'Z');
         expect_dump(brel_dump_phy_port, record,
                     k_port_start + "brel_dump_phy_port: name:                    " + row.printed +
                         "\n"
-                        "brel_dump_port_config: Port config 0\n"
+                        "brel_dump_port_config: Port config 1509949440\n"
                         "brel_dump_port_state: Port state 0\n"
                         ": Enabled feature: \n"
                         ": Advertised feature: \n"
@@ -404,45 +402,45 @@ TEST(brel_dump_phy_port, prints_config_and_state_bits)
         uint32_t state;
         std::string printed;
     } const rows[] = {
-        {0x01,       0x001,
+        {0x01, 0x001,
          "brel_dump_port_config: Port config 1\n"
          "brel_dump_port_config: Port is admin down\n"
          "brel_dump_port_state: Port state 1\n"
-         "brel_dump_port_state: Link is down\n"             },
-        {0x02,       0x100,
+         "brel_dump_port_state: Link is down\n"},
+        {0x02, 0x100,
          "brel_dump_port_config: Port config 2\n"
          "brel_dump_port_config: STP (802.1d) not supported\n"
          "brel_dump_port_state: Port state 256\n"
          "brel_dump_port_state: Learning but not relaying frames\n"
          "brel_dump_port_state: Not part of spanning tree\n"},
-        {0x04,       0x200,
+        {0x04, 0x200,
          "brel_dump_port_config: Port config 4\n"
          "brel_dump_port_config: Port drops all packets except STP\n"
          "brel_dump_port_state: Port state 512\n"
          "brel_dump_port_state: Learning and relaying frames\n"
          "brel_dump_port_state: Not part of spanning tree\n"},
-        {0x08,       0x300,
+        {0x08, 0x300,
          "brel_dump_port_config: Port config 8\n"
          "brel_dump_port_config: Port drops all packets\n"
          "brel_dump_port_state: Port state 768\n"
          "brel_dump_port_state: Learning but not relaying frames\n"
          "brel_dump_port_state: Learning and relaying frames\n"
          "brel_dump_port_state: Not part of spanning tree\n"},
-        {0x10,       0xfffffcfe,
+        {0x10, 0xfffffcfe,
          "brel_dump_port_config: Port config 16\n"
          "brel_dump_port_config: No flooding to this port\n"
-         "brel_dump_port_state: Port state -770\n"          },
-        {0x20,       0x201,
+         "brel_dump_port_state: Port state -770\n"},
+        {0x20, 0x201,
          "brel_dump_port_config: Port config 32\n"
          "brel_dump_port_config: Drop all packets forwarded to this port\n"
          "brel_dump_port_state: Port state 513\n"
          "brel_dump_port_state: Link is down\n"
          "brel_dump_port_state: Learning and relaying frames\n"
          "brel_dump_port_state: Not part of spanning tree\n"},
-        {0x40,       0,
+        {0x40, 0,
          "brel_dump_port_config: Port config 64\n"
          "brel_dump_port_config: Do not send packet in messages\n"
-         "brel_dump_port_state: Port state 0\n"             },
+         "brel_dump_port_state: Port state 0\n"},
         {0xffffff80, 0xffffffff,
          "brel_dump_port_config: Port config -128\n"
          "brel_dump_port_state: Port state -1\n"
@@ -459,7 +457,7 @@ TEST(brel_dump_phy_port, prints_config_and_state_bits)
          "brel_dump_port_config: No flooding to this port\n"
          "brel_dump_port_config: Drop all packets forwarded to this port\n"
          "brel_dump_port_config: Do not send packet in messages\n"
-         "brel_dump_port_state: Port state 0\n"             },
+         "brel_dump_port_state: Port state 0\n"},
     };
     for (const auto &row : rows) {
         SCOPED_TRACE(row.printed);
@@ -476,24 +474,24 @@ TEST(brel_dump_phy_port, prints_config_and_state_bits)
 TEST(brel_dump_phy_port_features, prints_the_label_and_each_bit)
 {
     const WordRow rows[] = {
-        {0,          ""                                            },
-        {0x001,      "10MB_HD "                                    },
-        {0x002,      "10MB_FD "                                    },
-        {0x004,      "100MB_HD "                                   },
-        {0x008,      "100MB_FD "                                   },
-        {0x010,      "1GB_HD "                                     },
-        {0x020,      "1GB_FD "                                     },
-        {0x040,      "10GB_FD "                                    },
-        {0x080,      "Copper "                                     },
-        {0x100,      "Fiber "                                      },
-        {0x200,      "Autoneg "                                    },
-        {0x400,      "Pause "                                      },
-        {0x800,      "Pause_asym "                                 },
-        {0xfffff000, ""                                            },
-        {0x555,      "10MB_HD 100MB_HD 1GB_HD 10GB_FD Fiber Pause "},
+        {0, ""},
+        {0x001, "10MB_HD "},
+        {0x002, "10MB_FD "},
+        {0x004, "100MB_HD "},
+        {0x008, "100MB_FD "},
+        {0x010, "1GB_HD "},
+        {0x020, "1GB_FD "},
+        {0x040, "10GB_FD "},
+        {0x080, "Copper "},
+        {0x100, "Fiber "},
+        {0x200, "Autoneg "},
+        {0x400, "Pause "},
+        {0x800, "Pause_asym "},
+        {0xfffff000, ""},
+        {0x555, "10MB_HD 100MB_HD 1GB_HD 10GB_FD Fiber Pause "},
         {0xffffffff,
          "10MB_HD 10MB_FD 100MB_HD 100MB_FD 1GB_HD 1GB_FD 10GB_FD Copper Fiber Autoneg Pause "
-         "Pause_asym "                                             },
+         "Pause_asym "},
     };
     for (const WordRow &row : rows) {
         SCOPED_TRACE(row.word);
@@ -525,24 +523,24 @@ TEST(brel_dump_ofp_actions, tests_the_type_numbers_as_masks)
                             "OFPAT_VENDOR ";
     expect_lines(brel_dump_ofp_actions, "brel_dump_ofp_actions: Supported actions: ",
                  {
-                     {0,          ""                                                           },
-                     {1,          "OFPAT_SET_VLAN_VID OFPAT_STRIP_VLAN OFPAT_SET_DL_DST OFPAT_SET_NW_DST "
+                     {0, ""},
+                     {1, "OFPAT_SET_VLAN_VID OFPAT_STRIP_VLAN OFPAT_SET_DL_DST OFPAT_SET_NW_DST "
                          "OFPAT_SET_TP_SRC OFPAT_ENQUEUE OFPAT_VENDOR "},
-                     {2,          "OFPAT_SET_VLAN_PCP OFPAT_STRIP_VLAN OFPAT_SET_NW_SRC OFPAT_SET_NW_DST "
+                     {2, "OFPAT_SET_VLAN_PCP OFPAT_STRIP_VLAN OFPAT_SET_NW_SRC OFPAT_SET_NW_DST "
                          "OFPAT_SET_TP_DST OFPAT_ENQUEUE OFPAT_VENDOR "},
-                     {4,          "OFPAT_SET_DL_SRC OFPAT_SET_DL_DST OFPAT_SET_NW_SRC OFPAT_SET_NW_DST "
-                         "OFPAT_VENDOR "                               },
-                     {8,          "OFPAT_SET_NW_TOS OFPAT_SET_TP_SRC OFPAT_SET_TP_DST OFPAT_ENQUEUE "
-                         "OFPAT_VENDOR "                               },
-                     {0x10,       "OFPAT_VENDOR "                                              },
-                     {0x800,      "OFPAT_VENDOR "                                              },
-                     {0x8000,     "OFPAT_VENDOR "                                              },
-                     {0x10000,    ""                                                           },
-                     {0x80000000, ""                                                           },
-                     {0xffff0000, ""                                                           },
-                     {0xf,        all                                                          },
-                     {0xffffffff, all                                                          },
-    });
+                     {4, "OFPAT_SET_DL_SRC OFPAT_SET_DL_DST OFPAT_SET_NW_SRC OFPAT_SET_NW_DST "
+                         "OFPAT_VENDOR "},
+                     {8, "OFPAT_SET_NW_TOS OFPAT_SET_TP_SRC OFPAT_SET_TP_DST OFPAT_ENQUEUE "
+                         "OFPAT_VENDOR "},
+                     {0x10, "OFPAT_VENDOR "},
+                     {0x800, "OFPAT_VENDOR "},
+                     {0x8000, "OFPAT_VENDOR "},
+                     {0x10000, ""},
+                     {0x80000000, ""},
+                     {0xffff0000, ""},
+                     {0xf, all},
+                     {0xffffffff, all},
+                 });
 }
 
 TEST(brel_dump_ofp_cap, prints_each_bit)
@@ -550,17 +548,17 @@ TEST(brel_dump_ofp_cap, prints_each_bit)
     expect_lines(
         brel_dump_ofp_cap, "brel_dump_ofp_cap: Supported features: ",
         {
-            {0,          ""                                                           },
-            {0x01,       "OFPC_FLOW_STATS "                                           },
-            {0x02,       "OFPC_TABLE_STATS "                                          },
-            {0x04,       "OFPC_PORT_STATS "                                           },
-            {0x08,       "OFPC_STP "                                                  },
-            {0x10,       ""                                                           },
-            {0x20,       "OFPC_IP_REASM "                                             },
-            {0x40,       "OFPC_QUEUE_STATS "                                          },
-            {0x80,       "OFPC_ARP_MATCH_IP "                                         },
-            {0xffffff00, ""                                                           },
+            {0, ""},
+            {0x01, "OFPC_FLOW_STATS "},
+            {0x02, "OFPC_TABLE_STATS "},
+            {0x04, "OFPC_PORT_STATS "},
+            {0x08, "OFPC_STP "},
+            {0x10, ""},
+            {0x20, "OFPC_IP_REASM "},
+            {0x40, "OFPC_QUEUE_STATS "},
+            {0x80, "OFPC_ARP_MATCH_IP "},
+            {0xffffff00, ""},
             {0xffffffff, "OFPC_FLOW_STATS OFPC_TABLE_STATS OFPC_PORT_STATS OFPC_STP OFPC_IP_REASM "
                          "OFPC_QUEUE_STATS OFPC_ARP_MATCH_IP "},
-    });
+        });
 }

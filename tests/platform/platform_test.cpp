@@ -175,9 +175,7 @@ private:
 
 TEST_F(kt_dpa_platform_get_management_ip, stores_the_four_bytes_of_the_reply)
 {
-    const ScriptedAgent agent(ruk_test::replies({
-        {0, "\x0a\x01\x02\x03"}
-    }));
+    const ScriptedAgent agent(ruk_test::replies({{0, "\x0a\x01\x02\x03"}}));
     ASSERT_EQ(kt_dpa_api_init(), 0);
     uint32_t value = k_old;
     EXPECT_EQ(::kt_dpa_platform_get_management_ip(&value), 0);
@@ -188,10 +186,7 @@ TEST_F(kt_dpa_platform_get_management_ip, stores_the_four_bytes_of_the_reply)
 
 TEST_F(kt_dpa_platform_get_management_ip, returns_the_status_of_the_service)
 {
-    const ScriptedAgent agent(ruk_test::replies({
-        {-7, "\x0a\x01\x02\x03"},
-        {6,  ""                }
-    }));
+    const ScriptedAgent agent(ruk_test::replies({{-7, "\x0a\x01\x02\x03"}, {6, ""}}));
     ASSERT_EQ(kt_dpa_api_init(), 0);
     uint32_t value = k_old;
     EXPECT_EQ(::kt_dpa_platform_get_management_ip(&value), -7);
@@ -224,7 +219,7 @@ TEST(kt_platform_get_ethtool_info, asks_for_settings_and_then_mtu)
     EXPECT_EQ(kernel.requests, (std::vector<KernelRequest>{
                                    {fd, 0x8946, "eth1", 1},
                                    {fd, 0x8921, "eth1", 0},
-    }));
+                               }));
 }
 
 TEST(kt_platform_get_ethtool_info, fails_when_the_settings_do)
