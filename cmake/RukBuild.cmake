@@ -49,7 +49,11 @@ if(CMAKE_BUILD_TYPE STREQUAL Release AND NOT RUK_SANITIZE)
         -U_FORTIFY_SOURCE -D_FORTIFY_SOURCE=2
         -fstack-protector-strong -fstack-clash-protection -fcf-protection)
     if(CMAKE_CXX_COMPILER_ID STREQUAL GNU)
-        target_compile_options(ruk_build_flags INTERFACE -flto=auto -ffat-lto-objects)
+        # Without direct access to the C library's data: for a tool optimised across files the linker
+        # would otherwise copy stdout into it and export the copy.
+        target_compile_options(ruk_build_flags INTERFACE
+            -flto=auto -ffat-lto-objects -mno-direct-extern-access)
+        target_link_options(ruk_build_flags INTERFACE -flto=auto -mno-direct-extern-access)
     endif()
 endif()
 

@@ -1,17 +1,13 @@
 // Words of a command line: cutting, copying and comparing them.
 #include "ruk/words.h"
 
-#include <cctype>
-
+#include "infra/utils/kttext.h"
 #include "ruk/assert.h"
 
 namespace
 {
 
-bool is_space(char c)
-{
-    return isspace(static_cast<unsigned char>(c)) != 0;
-}
+using kttext::is_space;
 
 int lower(char c)
 {
