@@ -140,7 +140,7 @@ std::string parse_options(std::span<const char *const> arguments, Options &optio
 const char k_help[] =
     "Usage: ruklog-agentsim [options]\n"
     "Serves the event log to ruklog in place of the data-path Agent, from memory.\n"
-    "Prints one line when it is ready and runs until SIGINT or SIGTERM.\n"
+    "Prints one line when it is ready and runs until SIGINT, SIGTERM or SIGHUP.\n"
     "\n"
     "Events (none by default; several sources may be given):\n"
     "  --preload N        make N events at the start\n"
