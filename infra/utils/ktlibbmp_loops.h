@@ -43,7 +43,10 @@ template <class Unsigned, class Narrower> struct integer_ops {
         return v;
     }
     static void store(uint8_t *p, block v) { memcpy(p, &v, sizeof v); }
-    static block spread(uint8_t byte) { return static_cast<block>(byte * 0x0101010101010101); }
+    static block spread(uint8_t byte)
+    {
+        return static_cast<block>(byte * uint64_t{0x0101010101010101});
+    }
     static block both(block v, block w) { return static_cast<block>(v & w); }
     static block either(block v, block w) { return static_cast<block>(v | w); }
     static block differ(block v, block w) { return static_cast<block>(v ^ w); }
