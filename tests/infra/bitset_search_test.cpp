@@ -1,6 +1,7 @@
 // Bit sets: searches and runs, at every word edge and in the partial last word.
 #include <limits>
 #include <string>
+#include <sys/mman.h>
 
 #include "tests/infra/bitset_support.h"
 
@@ -330,4 +331,47 @@ TEST(bitset_next_range, overwrites_lower_of_an_empty_set)
     EXPECT_EQ(bitset_next_free_range(b, &range), -1);
     EXPECT_EQ(range.lower, -1);
     EXPECT_EQ(range.upper, 0);
+}
+
+// The largest set whose number of bits fits into 32 bits.  Its memory is never touched whole.
+TEST(bitset, bits_beyond_the_greatest_number_are_never_found)
+{
+    constexpr uint32_t k_bytes = 0x1fffffff;
+    constexpr int32_t k_max = std::numeric_limits<int32_t>::max();
+    void *memory = mmap(nullptr, size_t{k_bytes} + 4, PROT_READ | PROT_WRITE,
+                        MAP_PRIVATE | MAP_ANONYMOUS | MAP_NORESERVE, -1, 0);
+    ASSERT_NE(memory, MAP_FAILED);
+    auto *b = static_cast<bitset *>(memory);
+    b->size = k_bytes;
+    EXPECT_EQ(bitset_size(b), 0x20000003u);
+
+    // Nine bits: the one with the greatest number and eight that have none.
+    bitset_set_range(b, k_max, 9);
+    EXPECT_EQ(b->bits[0x0ffffffe], 0x00);
+    EXPECT_EQ(b->bits[0x0fffffff], 0x01);
+    EXPECT_EQ(b->bits[0x10000000], 0xff);
+    EXPECT_EQ(b->bits[0x10000001], 0x00);
+    EXPECT_EQ(bitset_is_bit_set(b, k_max), 1);
+    EXPECT_EQ(bitset_find_next_bit(b, k_max - 100), k_max);
+    EXPECT_EQ(bitset_find_next_bit(b, k_max), k_max);
+    EXPECT_EQ(bitset_find_next_free_bit(b, k_max), -1);
+    EXPECT_EQ(bitset_find_prev_bit(b, k_max), k_max);
+    bitset_clear_bit(b, k_max);
+    EXPECT_EQ(bitset_find_next_bit(b, k_max - 100), -1);
+
+    // A run that reaches beyond them ends with the last bit of the set, 0xfffffff7.
+    bitset_set_range(b, k_max - 3, 4);
+    bitset_range range = {0, k_max - 50};
+    EXPECT_EQ(bitset_next_range(b, &range), 0);
+    EXPECT_EQ(range.lower, k_max - 3);
+    EXPECT_EQ(static_cast<uint32_t>(range.upper), 0xfffffff7u);
+    EXPECT_EQ(bitset_next_range(b, &range), -1);
+
+    bitset_snprintf_cursor = k_max - 50;
+    char text[32];
+    int32_t done = 0;
+    EXPECT_EQ(bitset_snprintf(text, sizeof text, b, 0, &done), 21);
+    EXPECT_STREQ(text, "2147483644-2147483647");
+    EXPECT_EQ(done, 1);
+    munmap(memory, size_t{k_bytes} + 4);
 }
