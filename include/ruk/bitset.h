@@ -215,7 +215,8 @@ RUK_EXPORT int32_t bitset_is_range_free(const bitset *b, const bitset_range *ran
 
 /*
  * Writes the whole list and a terminator to text, however long it gets, and returns its length.
- * A run of two or more bits becomes "first-last".  A set without bits gives "" and 0.
+ * A run of two or more bits becomes "first-last".  A set without bits gives "" and 0.  Fatal as
+ * bitset_find_next_bit.
  */
 RUK_EXPORT int32_t bitset_sprintf(char *text, const bitset *b);
 
@@ -227,8 +228,10 @@ RUK_EXPORT int32_t bitset_sprintf(char *text, const bitset *b);
  *
  * A capacity of 0 writes nothing to text, else text is always terminated; *done and the cursor
  * are set by the same rules.  The place to continue at is bitset_snprintf_cursor: only one
- * unfinished list can be under way in the process, and threads must take turns.  A list whose
- * first item did not fit continues after bit 0, so its bit 0 is then missing.
+ * unfinished list can be under way in the process, and threads must take turns.  A cursor of 0
+ * means bit 0, even if nothing was printed: without restart, a list whose first item did not fit,
+ * or one that was already done, goes on after bit 0.  Fatal as bitset_find_next_bit with the
+ * cursor + 1.
  */
 RUK_EXPORT int32_t bitset_snprintf(char *text, uint32_t capacity, const bitset *b, int32_t restart,
                                    int32_t *done);

@@ -31,12 +31,15 @@ void force_kernels(const kernels *variant)
 
 const kernels &pick_kernels()
 {
-    const kernels *const *variant = k_variants;
-    while (!(*variant)->runs_here()) {
-        ++variant;
+    const kernels *picked = &k_word_kernels;
+    for (const kernels *variant : k_variants) {
+        if (variant->runs_here()) {
+            picked = variant;
+            break;
+        }
     }
-    g_kernels.store(*variant, std::memory_order_relaxed);
-    return **variant;
+    g_kernels.store(picked, std::memory_order_relaxed);
+    return *picked;
 }
 
 } // namespace ktlibbmp

@@ -152,9 +152,11 @@ TEST(bitset_snprintf, writes_no_text_without_capacity)
     char text = '#';
     int32_t done = -77;
     set_of b(4, {0});
+    bitset_snprintf_cursor = 7;
     EXPECT_EQ(bitset_snprintf(&text, 0, b, 1, &done), 0);
     EXPECT_EQ(text, '#');
     EXPECT_EQ(done, 0);
+    EXPECT_EQ(bitset_snprintf_cursor, 0);
     set_of none(4);
     bitset_snprintf_cursor = 7;
     done = -77;
