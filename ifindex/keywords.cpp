@@ -1,0 +1,49 @@
+// Finding the keyword that a name begins with.  Only keywords with the name's first letter are
+// compared; they are chained in list order, which decides between them.
+#include "ifindex/keywords.h"
+
+#include <array>
+
+namespace
+{
+
+constexpr int8_t k_none = -1;
+
+struct keyword_chains {
+    std::array<int8_t, 128> first;            // by the lower-case first character
+    std::array<int8_t, k_keyword_count> next; // with the same first character, or k_none
+};
+
+consteval keyword_chains make_chains()
+{
+    keyword_chains chains{};
+    chains.first.fill(k_none);
+    for (size_t kind = k_keyword_count; kind-- > 0;) {
+        // "vethernet" is never matched: such names are taken by "veth".  Callers rely on it.
+        if (k_keywords[kind] == "vethernet") {
+            continue;
+        }
+        int8_t &first = chains.first[static_cast<size_t>(lower_ascii(k_keywords[kind][0]))];
+        chains.next[kind] = first;
+        first = static_cast<int8_t>(kind);
+    }
+    return chains;
+}
+
+constexpr keyword_chains k_chains = make_chains();
+
+} // namespace
+
+keyword_match find_keyword(const char *name)
+{
+    const auto letter = static_cast<unsigned char>(lower_ascii(*name));
+    int8_t kind = letter < k_chains.first.size() ? k_chains.first[letter] : k_none;
+    while (kind != k_none) {
+        const auto at = static_cast<size_t>(kind);
+        if (const char *rest = skip_prefix(name, k_keywords[at])) {
+            return {kind, rest};
+        }
+        kind = k_chains.next[at];
+    }
+    return {-1, name};
+}
