@@ -4,6 +4,9 @@
 
 #include <array>
 
+namespace ifindex
+{
+
 namespace
 {
 
@@ -47,3 +50,5 @@ keyword_match find_keyword(const char *name)
     }
     return {-1, name};
 }
+
+} // namespace ifindex

@@ -1,11 +1,15 @@
 // The keywords that interface names start with.  A keyword's place in the list is the interface
 // kind, a number of its own that has nothing to do with the type of an IfIndex.
-#pragma once
+#ifndef IFINDEX_KEYWORDS_H
+#define IFINDEX_KEYWORDS_H
 
 #include <cstddef>
 #include <cstdint>
 #include <iterator>
 #include <string_view>
+
+namespace ifindex
+{
 
 // In order: the first keyword that a name begins with decides, so the shorter ones that stand
 // earlier ("fc", "vfc", "tunnel") hide the longer ones behind them ("fcip", "vfc-veth",
@@ -128,3 +132,7 @@ struct keyword_match {
 
 // Finds the keyword that name begins with.
 keyword_match find_keyword(const char *name);
+
+} // namespace ifindex
+
+#endif // IFINDEX_KEYWORDS_H

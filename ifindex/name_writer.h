@@ -1,8 +1,12 @@
 // Writes a name piece by piece into a caller's buffer, never beyond its end, and counts how long
 // the whole name is.  No allocation, no locale, nothing of the printf family.
-#pragma once
+#ifndef IFINDEX_NAME_WRITER_H
+#define IFINDEX_NAME_WRITER_H
 
 #include <cstdint>
+
+namespace ifindex
+{
 
 class name_writer
 {
@@ -62,6 +66,12 @@ public:
         return *this;
     }
 
+    // ".<number>" of a sub-interface; nothing for 0, which is the main interface.
+    name_writer &sub_interface(uint32_t number)
+    {
+        return number == 0 ? *this : put('.').decimal(static_cast<int32_t>(number));
+    }
+
     // Terminates the name where it ends or is cut, and returns its whole length.
     int32_t finish()
     {
@@ -81,3 +91,7 @@ private:
     int32_t room_;
     int32_t length_ = 0;
 };
+
+} // namespace ifindex
+
+#endif // IFINDEX_NAME_WRITER_H
