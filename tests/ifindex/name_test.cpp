@@ -2,6 +2,7 @@
 #include "ruk/if_index_name.h"
 
 #include <cstdio>
+#include <span>
 #include <string>
 
 #include "ifindex/name_writer.h"
