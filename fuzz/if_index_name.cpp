@@ -3,6 +3,7 @@
 //   bytes 0-3: first value, 4-7: last value of the range, 8: buffer size
 #include <cstdlib>
 #include <cstring>
+#include <initializer_list>
 
 #include "fuzz/target.h"
 #include "ruk/if_index_name.h"

@@ -1,5 +1,5 @@
-// Diagnostic names: the internal forms of SAN port-channels and inband ports that operators never
-// see told apart.
+// Diagnostic names: they tell apart what the names for operators don't, the internal forms of SAN
+// port-channels and the sides and priorities of inband ports.
 #include "ruk/if_index_name.h"
 
 #include "ifindex/name_number.h"
@@ -31,7 +31,7 @@ void write_port_channel(name_writer &out, IfIndex value)
     }
 }
 
-// Left and right supervisor; the active one has no side.
+// The left and the right supervisor; no other number has a side.
 const char *side_label(uint32_t sup)
 {
     switch (sup) {
@@ -58,7 +58,7 @@ const char *priority_label(uint32_t queue)
     }
 }
 
-// The blank stays when there is no priority behind it: kept, the text is matched by scripts.
+// The blank stays when there is no priority behind it: callers rely on the text as it is.
 void write_inband(name_writer &out, IfIndex value)
 {
     const uint32_t sup = k_inband_sup.get(value);

@@ -88,7 +88,7 @@ constexpr name_row k_rows[] = {
     {IF_INDEX_TYPE_XGFC_IFC, "ifc %:%:%", "ifc %:%:%",
      {from_one(k_ifc_slot), from_one(k_ifc_port), from_one(k_ifc_index)}},
     {IF_INDEX_TYPE_KIRO, "kiro%/%", "kiro%/%", {k_slot, k_port}},
-    // The long word differs from the type's own: kept, operators know it by both.
+    // The two forms have different words, not one word and its abbreviation.
     {IF_INDEX_TYPE_ZEFF_VXE, "zeba %:%", "zeff %:%",
      {as_stored(k_vxe_first), as_stored(k_vxe_second)}},
     {IF_INDEX_TYPE_DORSA, "dorsa%/%/%", "dorsa%/%/%",
@@ -124,7 +124,7 @@ constexpr name_row k_rows[] = {
     {IF_INDEX_TYPE_OVERLAY, "peer-id%", "peer-id%", {as_stored(k_overlay_port)}, {},
      exactly(k_overlay_type, 4)},
     {IF_INDEX_TYPE_VL3, "Virtual Layer-3", "vl3", {}, {}, exactly(k_vl3_subtype, 0)},
-    // The interface number stands before the port: kept as callers know it.
+    // The interface number stands before the port, unlike in the index.
     {IF_INDEX_TYPE_VL3, "Replicator%/%/%", "repl%/%/%",
      {from_one(k_vl3_slot), as_stored(k_vl3_interface), from_one(k_vl3_port)}},
     {IF_INDEX_TYPE_MARN, "Gateway Port-Channel%:%", "marn%:%",
@@ -268,8 +268,8 @@ void write_from_rows(name_writer &out, uint32_t type, IfIndex value, name_form f
 
 void write_vfc(name_writer &out, IfIndex value, name_form form)
 {
-    // The short name is taken for an overlay's wherever the bits allow it; the long one never is.
-    // Looks like a missing "break", but operators know the names by it.
+    // The short form, and only that, takes a vfc for an overlay wherever the bits allow it.  This
+    // looks like a case that falls through, but callers rely on the names.
     const name_row *overlay = find_row(IF_INDEX_TYPE_OVERLAY, value);
     if (form == name_form::brief && overlay != nullptr) {
         write_row(out, *overlay, value, form);

@@ -40,7 +40,7 @@ constexpr suffix_row k_rows[] = {
     {IF_INDEX_TYPE_TUNNEL,           {},            {k_tunnel_number, 0}, true },
     {IF_INDEX_TYPE_PHY_ETHERNET,     k_phy_sub,     {k_phy_port, 1},      true },
     {IF_INDEX_TYPE_VETH,             k_veth_sub,    {k_veth_vport, 1},    false},
- // One more than the name of the same value shows: kept, callers print both.
+ // One more than the name of the same value shows: callers rely on it.
     {IF_INDEX_TYPE_VIF,              {},            {k_vif_index, 1},     true },
     {IF_INDEX_TYPE_SAT_PHY_ETH,      k_sat_sub,     {k_sat_port, 1},      true },
     {IF_INDEX_TYPE_PEMU,             {},            {k_phy_port, 1},      true },
@@ -80,7 +80,7 @@ int32_t port_channel_suffix(IfIndex value)
 }
 
 // Cedar's long names have no suffix; its short ones have the slot counted from one, although the
-// name in front of it counts from zero there.  Both are kept.
+// name in front of it counts from zero there.  Callers rely on both.
 suffix eobc_suffix(IfIndex value, name_form form)
 {
     if (form == name_form::full && cli_is_platform_cedar() != 0) {
@@ -113,7 +113,8 @@ int32_t vfc_suffix(IfIndex value, name_form form)
     }
 }
 
-// Of the four kinds that have a name the short form gives a suffix to the first and the last only.
+// Of the four kinds that have a name the short form gives a suffix to the first and the last only:
+// callers rely on it.
 suffix overlay_suffix(IfIndex value, name_form form)
 {
     const uint32_t kind = k_overlay_type.get(value);
@@ -142,8 +143,8 @@ suffix suffix_of(uint32_t type, IfIndex last, name_form form)
 // Appends the suffix to the name of length characters and returns the result for the whole text.
 int32_t append_suffix(char *buffer, int32_t size, int32_t length, int32_t number)
 {
-    // Only what is left behind the name may be written, yet the suffix is judged by the whole
-    // size: callers know that a result below twice the size came from a suffix that counted.
+    // Only the room behind the name is written, yet the suffix is held against the whole size: one
+    // that is cut still counts in full.  Callers rely on these results.
     name_writer out(buffer + length, size - length);
     const int32_t suffix_length = out.put('-').decimal(number).finish();
     if (suffix_length >= size) {
@@ -173,7 +174,7 @@ int32_t write_range(char *buffer, int32_t size, const IfIndex pair[2], name_form
     }
     const suffix number = suffix_of(last_type, pair[1], form);
     if (!number) {
-        // The name counts twice where nothing follows it: kept, callers rely on the result.
+        // Where nothing follows, the name counts twice: callers rely on the result.
         return length + length;
     }
     return append_suffix(buffer, size, length, *number);

@@ -422,7 +422,7 @@ TEST(name_writer, writes_decimals_as_printf_does)
     };
     for (const auto &[value, text] : rows) {
         expect_text_at_every_size(text, [value = value](char *buffer, int32_t size) {
-            return name_writer(buffer, size).decimal(value).finish();
+            return ifindex::name_writer(buffer, size).decimal(value).finish();
         });
     }
 }
