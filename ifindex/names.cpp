@@ -7,6 +7,7 @@
 
 #include "ifindex/name_number.h"
 #include "ifindex/name_writer.h"
+#include "ruk/if_index_types.h"
 
 namespace
 {
