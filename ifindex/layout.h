@@ -104,6 +104,8 @@ inline constexpr bit_field k_vsan{0, 12};
 // vlan.
 inline constexpr bit_field k_vlan_vdc{16, 8};
 inline constexpr bit_field k_vlan{0, 12};
+inline constexpr uint16_t k_vlan_min = 1;
+inline constexpr uint16_t k_vlan_max = 4094;
 
 // fcip, fcmpls_tnnl.
 inline constexpr bit_field k_fc_tunnel{0, 12};
@@ -187,7 +189,7 @@ inline constexpr uint32_t k_sat_slot_offset = 67;
 // overlay.
 inline constexpr bit_field k_overlay_type{19, 5};
 inline constexpr bit_field k_overlay_port{0, 16};
-inline constexpr uint32_t k_overlay_port_max = 65503;
+inline constexpr uint16_t k_overlay_port_max = 65503;
 
 // vl3.
 inline constexpr bit_field k_vl3_subtype{22, 2};
@@ -203,12 +205,14 @@ inline constexpr bit_field k_marn_switch_id{0, 12};
 inline constexpr bit_field k_ruk_eth_slot{14, 10};
 inline constexpr bit_field k_ruk_eth_port{6, 8};
 inline constexpr bit_field k_ruk_eth_sub{0, 6};
+inline constexpr uint16_t k_ruk_eth_slot_max = 514;
 
 // mpls_sublayer.
 inline constexpr bit_field k_mpls_label{0, 24};
 
 // loopback.
 inline constexpr bit_field k_loopback_number{0, 16};
+inline constexpr uint16_t k_loopback_max = 1023;
 
 // The value of a type with all fields zero.  The loopback code fills the whole top byte, so bit 31
 // is set in its base and the type check sees 126 in its place.

@@ -5,9 +5,9 @@
  * (IF_INDEX_WRONG_TYPE), then stores its fields.  On failure no output is written.  The types are
  * named at the head of each family.
  *
- * Widths: slots and sub-interfaces are 16 bits, ports 8.  VSANs, VLANs with their device context, IP
- * tunnel, overlay port, virtual port, vif and server interface numbers are 32 bits.  Anything else
- * has the smallest width that holds the field.
+ * Widths: slots and sub-interfaces are 16 bits, ports 8.  VSANs, VLANs with their device context,
+ * IP tunnel, overlay port, virtual port, vif and server interface numbers are 32 bits.  Anything
+ * else has the smallest width that holds the field.
  */
 #ifndef RUK_IF_INDEX_READ_H
 #define RUK_IF_INDEX_READ_H

@@ -11,8 +11,8 @@
  *   - "The type check" is if_index_get_type.  Whatever takes a typed value runs it first and
  * returns its IF_INDEX_UNKNOWN_TYPE; a known type that a function does not handle is
  *     IF_INDEX_WRONG_TYPE.
- *   - All are pure functions, safe from any thread, except for the platform word below and the few
- *     functions whose comments say that they look at it.
+ *   - All are pure functions but those that touch the platform word below, and the few whose
+ * comments say that they look at it.  All are safe from any thread.
  */
 #ifndef RUK_IF_INDEX_TYPES_H
 #define RUK_IF_INDEX_TYPES_H
@@ -207,7 +207,7 @@ RUK_EXPORT int32_t if_index_compare(IfIndex a, IfIndex b);
  */
 RUK_EXPORT IfIndex if_index_vlan_port_convert_to_vdc(IfIndex value, uint32_t vdc);
 
-/* --- Platform.  One word for the process, not for several threads at once. --- */
+/* --- Platform: one word for the process --- */
 
 /* Stores the platform: alder if is_alder, else birch if is_birch, else neither. */
 RUK_EXPORT void cli_set_platform_alder(int32_t is_alder, int32_t is_birch);
