@@ -10,11 +10,12 @@ namespace ifindex
 namespace
 {
 
-constexpr int8_t k_none = -1;
+// In a chain: no further keyword.
+constexpr uint8_t k_none = k_keyword_count;
 
 struct keyword_chains {
-    std::array<int8_t, 128> first;            // by the lower-case first character
-    std::array<int8_t, k_keyword_count> next; // with the same first character, or k_none
+    std::array<uint8_t, 128> first;            // by the lower-case first character
+    std::array<uint8_t, k_keyword_count> next; // with the same first character, or k_none
 };
 
 consteval keyword_chains make_chains()
@@ -26,9 +27,9 @@ consteval keyword_chains make_chains()
         if (k_keywords[kind] == "vethernet") {
             continue;
         }
-        int8_t &first = chains.first[static_cast<size_t>(lower_ascii(k_keywords[kind][0]))];
+        uint8_t &first = chains.first[static_cast<size_t>(lower_ascii(k_keywords[kind][0]))];
         chains.next[kind] = first;
-        first = static_cast<int8_t>(kind);
+        first = static_cast<uint8_t>(kind);
     }
     return chains;
 }
@@ -40,13 +41,12 @@ constexpr keyword_chains k_chains = make_chains();
 keyword_match find_keyword(const char *name)
 {
     const auto letter = static_cast<unsigned char>(lower_ascii(*name));
-    int8_t kind = letter < k_chains.first.size() ? k_chains.first[letter] : k_none;
+    uint8_t kind = letter < k_chains.first.size() ? k_chains.first[letter] : k_none;
     while (kind != k_none) {
-        const auto at = static_cast<size_t>(kind);
-        if (const char *rest = skip_prefix(name, k_keywords[at])) {
+        if (const char *rest = skip_prefix(name, k_keywords[kind])) {
             return {kind, rest};
         }
-        kind = k_chains.next[at];
+        kind = k_chains.next[kind];
     }
     return {-1, name};
 }

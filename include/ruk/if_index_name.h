@@ -18,15 +18,17 @@
  * Parsing
  *   A name is a keyword and up to nine decimal numbers, its coordinates.  A keyword's place in the
  *   list of keywords is the interface kind, which is not the type of the IfIndex.
- *   The list, in order from 0, with which a keyword's kind is settled:
- *     0 Unknown, fc, gigabitethernet, vsan, iscsi, port-channel, cpp, fcip, mgmt, tk,
- *     10 xl, svc, sup-fc, fc-tunnel, ipc, loopback, vlan, null, kiro, bay,
- *     20 ext, san-port-channel, ethernet-port-channel, tunnel, ethernet, sup-eth, dorsa, vethernet,
- *     28 vfc, remote-ethernet, pemu, overlay, lveth, veth, ruk-ethernet, tunnel-te, mti, control,
- *     38 data, vfc-veth, vfc-port-channel, plc, serial, cellular, dialer, pseudowire, wimax,
- *     47 efp-ethernet, efp-ethernet-port-channel, vfi, shadow-pc, shadow-fabpc, wpan, wifi, glt,
- *     55 vni, vsi-ethernet, vsi-ethernet-port-channel, vtep, bdi, IPStorage, nve, ii, Super,
- *     64 10GigEther, POS, RP-to-RP, Autotunnel, eth-port-channel.
+ *   The list, ten to a line:
+ *      0  Unknown, fc, gigabitethernet, vsan, iscsi, port-channel, cpp, fcip, mgmt, tk,
+ *     10  xl, svc, sup-fc, fc-tunnel, ipc, loopback, vlan, null, kiro, bay,
+ *     20  ext, san-port-channel, ethernet-port-channel, tunnel, ethernet, sup-eth, dorsa,
+ *         vethernet, vfc, remote-ethernet,
+ *     30  pemu, overlay, lveth, veth, ruk-ethernet, tunnel-te, mti, control, data, vfc-veth,
+ *     40  vfc-port-channel, plc, serial, cellular, dialer, pseudowire, wimax, efp-ethernet,
+ *         efp-ethernet-port-channel, vfi,
+ *     50  shadow-pc, shadow-fabpc, wpan, wifi, glt, vni, vsi-ethernet,
+ *         vsi-ethernet-port-channel, vtep, bdi,
+ *     60  IPStorage, nve, ii, Super, 10GigEther, POS, RP-to-RP, Autotunnel, eth-port-channel.
  *
  * No state besides the platform word of ruk/if_index.h and the environment variable
  * SYSMGR_VDC_ID, which two kinds of the parser read: safe from any thread while nobody changes
@@ -120,15 +122,14 @@ RUK_EXPORT int32_t if_db_str2ifindex_wrapper(const char *name, IfIndex *out);
 RUK_EXPORT int32_t if_index_is_physical_interface(IfIndex value);
 
 /*
- * Stores the IfIndex of name through out.  Returns 1, or 0 when the name is not understood; a
- * negative result of if_db_* or of the constructors never comes through.
+ * Stores the IfIndex of name through out.  Returns 1, or 0 when the name is not understood.
  *
  * The name starts, after blanks (no other white space), with a keyword of the list above in any
  * mix of cases; the first of the list that name begins with counts, whatever follows, and
  * "vethernet" is passed over ("vethernet5" is a "veth").  Then come the numbers, each parted from
- * the next by anything that is no digit; a "," or "-" right before a digit ends the name, so of a
- * list or range the first interface counts.  A tenth number gives 0.  A number is decimal; one
- * beyond 64 bits counts as the largest of these, and of all the low 32 bits are taken.
+ * the next by anything that is no digit; where the last character between two of them is "," or
+ * "-" the name ends, so of a list or range the first interface counts.  A tenth number gives 0.
+ * A number is decimal; it is held to the largest of signed 64 bits, then cut to the low 32.
  * "null0", with nothing before but blanks and nothing behind, is the null interface.
  *
  * *out is left untouched on 0, and when the result is 1 as ulx_interface_coordinates_to_ifindex
