@@ -27,7 +27,8 @@ consteval keyword_chains make_chains()
         if (k_keywords[kind] == "vethernet") {
             continue;
         }
-        uint8_t &first = chains.first[static_cast<size_t>(lower_ascii(k_keywords[kind][0]))];
+        const auto letter = static_cast<unsigned char>(lower_ascii(k_keywords[kind][0]));
+        uint8_t &first = chains.first[letter];
         chains.next[kind] = first;
         first = static_cast<uint8_t>(kind);
     }
