@@ -152,7 +152,7 @@ TEST(convert_fspf16_if_index_to_if_index, judges_and_cuts)
     const backward_row rows[] = {
         {"a channel is cut to 8 bits", 0xFF4F0000, 0, 0x040000FF},
         {"a tunnel is cut to 8 bits",  0x05A10000, 0, 0x0A000005},
-        {"the upper half is ignored",  0x05113412, 0, 0x01105000},
+        {"the upper half is ignored",  0x0511FFFF, 0, 0x01105000},
         {"the largest fc number",      0xFF1F0000, 0, 0x01FFF000},
     };
     for (const backward_row &row : rows) {

@@ -322,15 +322,19 @@ TEST(if_index_ranges, of_port_channels)
         {"offset 0 of channels up to a sub", 0x04000004, 0x04000B06, 0,     14, k_untouched},
     });
     check(std::vector<next_row>{
-        {"from a sub of another channel",     0x04000A04, 0x04000C04, 0x04000A05, 14, k_untouched},
-        {"a channel, the last has a sub",     0x04000004, 0x04000C04, 0x04000004, 14, k_untouched},
-        {"channels, from a sub",              0x04000004, 0x04000006, 0x04000104, 14, k_untouched},
-        {"from a sub within the last one's",  0x04000004, 0x04000C04, 0x04000104, 0,  0x04000204 },
-        {"the subtype of current is kept",    0x04000004, 0x04000006, 0x04300004, 0,  0x04300005 },
-        {"its argument too",                  0x04000004, 0x04000006, 0x04312304, 0,  0x04312305 },
-        {"subtypes of first and last differ", 0x04100004, 0x04000006, 0x04000004, 14, k_untouched},
-        {"an argument of a subtype",          0x04200004, 0x04200106, 0x04200004, 14, k_untouched},
-        {"subs the wrong way round",          0x04000C04, 0x04000A04, 0x04000A04, 14, k_untouched},
+        {"subs the wrong way round, below both",     0x04000C04, 0x04000A04, 0x04000904, 14,
+         k_untouched                                                                                    },
+        {"channels the wrong way round, below both", 0x04000006, 0x04000004, 0x04000002, 14,
+         k_untouched                                                                                    },
+        {"from a sub of another channel",            0x04000A04, 0x04000C04, 0x04000A05, 14, k_untouched},
+        {"a channel, the last has a sub",            0x04000004, 0x04000C04, 0x04000004, 14, k_untouched},
+        {"channels, from a sub",                     0x04000004, 0x04000006, 0x04000104, 14, k_untouched},
+        {"from a sub within the last one's",         0x04000004, 0x04000C04, 0x04000104, 0,  0x04000204 },
+        {"the subtype of current is kept",           0x04000004, 0x04000006, 0x04300004, 0,  0x04300005 },
+        {"its argument too",                         0x04000004, 0x04000006, 0x04312304, 0,  0x04312305 },
+        {"subtypes of first and last differ",        0x04100004, 0x04000006, 0x04000004, 14, k_untouched},
+        {"an argument of a subtype",                 0x04200004, 0x04200106, 0x04200004, 14, k_untouched},
+        {"subs the wrong way round",                 0x04000C04, 0x04000A04, 0x04000A04, 14, k_untouched},
     });
 }
 
@@ -460,6 +464,7 @@ TEST(if_index_ranges, of_vfc)
         {"port-channel, the last",                 0x1E100FFE, 0x1E100FFF, 1,     0,  0x1E100FFF },
         {"port-channel, the wrong way round",      0x1E100003, 0x1E100001, 0,     14, k_untouched},
         {"slot and port",                          0x1E208000, 0x1E208700, 3,     0,  0x1E208300 },
+        {"slot and port, the last",                0x1E208000, 0x1E208700, 7,     0,  0x1E208700 },
         {"slot and port, beyond",                  0x1E208000, 0x1E208700, 8,     14, k_untouched},
         {"slot and port, across slots",            0x1E208000, 0x1E210700, 1,     14, k_untouched},
         {"slot and port, ports wrap at 8 bits",    0x1E208100, 0x1E208700, 256,   0,  0x1E208100 },
