@@ -29,9 +29,9 @@ uint8_t step8(uint32_t number, uint32_t by)
 // A port-channel of either type taken apart.  The subtype of an eth_port_channel, which would be a
 // part of its sub-interface, plays no role here and is 0.
 struct channel_fields {
-    uint16_t channel;
-    uint8_t subtype;
-    uint16_t sub;
+    uint16_t channel = 0;
+    uint8_t subtype = 0;
+    uint16_t sub = 0;
 
     explicit channel_fields(IfIndex value)
     {
