@@ -228,7 +228,7 @@ uint32_t next_vfc(const range_step &step, IfIndex *out)
 
 uint32_t count_vfc(IfIndex first, IfIndex last, uint32_t *count)
 {
-    // By the low 16 bits whatever the subtypes, so a slot in them counts 128 ports twice over.
+    // By the low 16 bits whatever the subtypes: one port of a vfc on a slot and port counts as 256.
     const uint32_t from = k_vfc_number.get(first);
     const uint32_t to = k_vfc_number.get(last);
     return is_vfc_range(from, to) ? count_numbers(from, to, count)
