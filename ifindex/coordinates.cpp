@@ -2,8 +2,7 @@
 // interface and back.  Where these disagree with a type's own readers, both answers are relied on.
 #include "ruk/if_index_types.h"
 
-#include <algorithm>
-#include <iterator>
+#include <array>
 
 #include "ifindex/access.h"
 #include "ruk/if_index_read.h"
@@ -55,12 +54,18 @@ constexpr coordinates_row k_coordinates_of[] = {
 
 using coordinate = bit_field coordinates_row::*;
 
+// The same rows, each at its type code; the codes in between lack everything.
+constexpr auto k_rows_by_type = [] {
+    std::array<coordinates_row, 64> rows{};
+    for (const coordinates_row &row : k_coordinates_of) {
+        rows[row.type] = row;
+    }
+    return rows;
+}();
+
 bit_field field_of(uint32_t type, coordinate which)
 {
-    const auto *row = std::find_if(
-        std::begin(k_coordinates_of), std::end(k_coordinates_of),
-        [type](const coordinates_row &r) { return static_cast<uint32_t>(r.type) == type; });
-    return row == std::end(k_coordinates_of) ? k_none : row->*which;
+    return type < k_rows_by_type.size() ? k_rows_by_type[type].*which : k_none;
 }
 
 template <typename Number> uint32_t store(Number *out, uint32_t number)

@@ -32,16 +32,6 @@ constexpr uint32_t k_kind_vfc_channel = 0xFB;
 // comes back cut.  Kept: both ends of a link must agree on it.
 constexpr bit_field k_read_number{0, 8};
 
-constexpr uint32_t swap_bytes(uint32_t word)
-{
-    constexpr bit_field byte0{0, 8};
-    constexpr bit_field byte1{8, 8};
-    constexpr bit_field byte2{16, 8};
-    constexpr bit_field byte3{24, 8};
-    return byte3.put(byte0.get(word)) | byte2.put(byte1.get(word)) | byte1.put(byte2.get(word)) |
-           byte0.put(byte3.get(word));
-}
-
 // The three kinds that both forms have.  A form says where it puts and finds their numbers.
 struct fspf_form {
     bit_field kind;
@@ -157,7 +147,7 @@ uint32_t put_fspf32(IfIndex value, uint32_t *fspf)
 uint32_t to_network_order(uint32_t error, uint32_t *fspf)
 {
     if (error == IF_INDEX_OK) {
-        *fspf = swap_bytes(*fspf);
+        *fspf = __builtin_bswap32(*fspf);
     }
     return error;
 }
@@ -207,12 +197,12 @@ uint32_t convert_if_index_to_fspf_if_index(IfIndex value, uint32_t *fspf)
 uint32_t convert_fspf16_if_index_to_if_index(uint32_t fspf, IfIndex *value)
 {
     // An unknown kind is no error in this form, unlike in the other: callers rely on both.
-    return take_common(swap_bytes(fspf), k_form16, IF_INDEX_OK, value);
+    return take_common(__builtin_bswap32(fspf), k_form16, IF_INDEX_OK, value);
 }
 
 uint32_t convert_fspf_if_index_to_if_index(uint32_t fspf, IfIndex *value)
 {
-    const uint32_t host = swap_bytes(fspf);
+    const uint32_t host = __builtin_bswap32(fspf);
     const uint32_t number = k_number32.get(host);
     switch (k_kind32.get(host)) {
     case IF_INDEX_TYPE_NALP_VXE:
@@ -232,10 +222,10 @@ uint32_t convert_fspf_if_index_to_if_index(uint32_t fspf, IfIndex *value)
 
 uint32_t ntoh_if_index(uint32_t value)
 {
-    return swap_bytes(value);
+    return __builtin_bswap32(value);
 }
 
 uint32_t hton_if_index(uint32_t value)
 {
-    return swap_bytes(value);
+    return __builtin_bswap32(value);
 }

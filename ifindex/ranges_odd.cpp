@@ -29,9 +29,9 @@ uint8_t step8(uint32_t number, uint32_t by)
 // A port-channel of either type taken apart.  The subtype of an eth_port_channel, which would be a
 // part of its sub-interface, plays no role here and is 0.
 struct channel_fields {
-    uint16_t channel;
-    uint8_t subtype;
-    uint16_t sub;
+    uint16_t channel = 0;
+    uint8_t subtype = 0;
+    uint16_t sub = 0;
 
     explicit channel_fields(IfIndex value)
     {
@@ -228,7 +228,7 @@ uint32_t next_vfc(const range_step &step, IfIndex *out)
 
 uint32_t count_vfc(IfIndex first, IfIndex last, uint32_t *count)
 {
-    // By the low 16 bits whatever the subtypes, so a slot in them counts 128 ports twice over.
+    // By the low 16 bits whatever the subtypes: one port of a vfc on a slot and port counts as 256.
     const uint32_t from = k_vfc_number.get(first);
     const uint32_t to = k_vfc_number.get(last);
     return is_vfc_range(from, to) ? count_numbers(from, to, count)

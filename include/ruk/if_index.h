@@ -10,6 +10,7 @@
  *   ruk/if_index_build.h  constructors that take the fields as they are stored, named values
  *   ruk/if_index_cli.h    constructors that take the numbers a user types
  *   ruk/if_index_range.h  counting, indexing and stepping through ranges
+ *   ruk/if_index_name.h   names of interfaces and of ranges, and names that a user types
  *   ruk/if_index_fspf.h   FSPF interface numbers and byte order
  */
 #ifndef RUK_IF_INDEX_H
@@ -18,6 +19,7 @@
 #include "ruk/if_index_build.h"
 #include "ruk/if_index_cli.h"
 #include "ruk/if_index_fspf.h"
+#include "ruk/if_index_name.h"
 #include "ruk/if_index_range.h"
 #include "ruk/if_index_read.h"
 #include "ruk/if_index_types.h"

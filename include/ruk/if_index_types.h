@@ -121,7 +121,9 @@ RUK_EXPORT uint32_t if_index_get_slot(IfIndex value, uint16_t *slot);
  */
 RUK_EXPORT uint32_t if_index_get_port(IfIndex value, uint8_t *port);
 
-/* Stores the sub-interface, 0 for the main interface.  That of lveth keeps its place: 0, 4, 8, 12.
+/*
+ * Stores the sub-interface, 0 for the main interface and for marn.  That of lveth keeps its place:
+ * 0, 4, 8 or 12.
  */
 RUK_EXPORT uint32_t if_index_get_sub_intf(IfIndex value, uint16_t *sub);
 
