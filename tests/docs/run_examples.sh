@@ -98,6 +98,7 @@ start_agent() { # LINE OPTIONS
 
 # Runs a command that goes on for ever until it has printed what is expected.
 follow() { # COMMAND
+    : >"$work/out"
     (cd "$here" && eval "exec $1") </dev/null >"$work/out" 2>&1 &
     local follower=$! tries
     for ((tries = 0; tries < 200; tries++)); do
@@ -124,10 +125,13 @@ check_command() { # LINE COMMAND, the expected output in raw
 compile() { # LINE NAME.c, the program in raw
     commands=$((commands + 1))
     cp "$work/raw" "$here/$2"
+    # Linked as C++, since a library that was built for a sanitizer needs that one's C++ part.
     # Unquoted: several flags.
     # shellcheck disable=SC2086
-    "${CC:-cc}" -std=c11 -Wall -Wextra -Werror ${CFLAGS:-} -I "$root/include" "$here/$2" \
-        -o "$here/${2%.c}" -L "$programs" -Wl,-rpath,"$programs" -lruklog ||
+    { "${CC:-cc}" -std=c11 -Wall -Wextra -Werror ${CFLAGS:-} -I "$root/include" \
+        -c "$here/$2" -o "$work/object.o" &&
+        "${CXX:-c++}" ${CFLAGS:-} "$work/object.o" -o "$here/${2%.c}" \
+            -L "$programs" -Wl,-rpath,"$programs" -lruklog; } ||
         fail "$1" "$2 does not compile"
 }
 
