@@ -25,12 +25,7 @@ template <typename Number> Number number_at(const std::string &bytes, size_t off
 }
 
 // text cut or filled with zeros to size bytes.
-inline std::string padded(const std::string &text, size_t size)
-{
-    std::string bytes(size, '\0');
-    text.copy(bytes.data(), size);
-    return bytes;
-}
+std::string padded(const std::string &text, size_t size);
 
 struct Info {
     uint32_t available = 0;
@@ -41,13 +36,7 @@ struct Info {
     uint64_t skipped = 0;
     uint64_t stop_after = UINT64_MAX;
 };
-
-inline std::string info_bytes(const Info &info)
-{
-    return bytes_of(info.available) + bytes_of(info.enabled) + bytes_of(info.total) +
-           bytes_of(info.wrapped) + bytes_of(info.lost) + bytes_of(info.skipped) +
-           bytes_of(info.stop_after);
-}
+std::string info_bytes(const Info &info);
 
 struct Event {
     uint32_t seconds = 0;
@@ -58,13 +47,7 @@ struct Event {
     uint16_t cpu = 0;
     std::string message = "";
 };
-
-inline std::string entry_bytes(const Event &event)
-{
-    return bytes_of(event.seconds) + bytes_of(event.microseconds) + bytes_of(event.entry) +
-           bytes_of(event.module) + bytes_of(event.level) + bytes_of(event.cpu) +
-           padded(event.message, 128);
-}
+std::string entry_bytes(const Event &event);
 
 struct Module {
     uint32_t index = 0;
@@ -73,42 +56,14 @@ struct Module {
     uint32_t default_printing = 0;
     std::string name = "";
 };
-
-inline std::string module_bytes(const Module &module)
-{
-    return bytes_of(module.index) + bytes_of(module.available) + bytes_of(module.printing) +
-           bytes_of(module.default_printing) + padded(module.name, 32);
-}
+std::string module_bytes(const Module &module);
 
 // Event number n of many alike, and the line that it prints as.
-inline std::string numbered_entry(uint64_t n)
-{
-    return entry_bytes({.seconds = 1700000000,
-                        .microseconds = 5,
-                        .entry = n,
-                        .module = 2,
-                        .level = 8,
-                        .cpu = 1,
-                        .message = "event " + std::to_string(n) + "\n"});
-}
-
-inline std::string numbered_line(uint64_t n)
-{
-    const std::string number = std::to_string(n);
-    const std::string blanks(number.size() < 8 ? 8 - number.size() : 0, ' ');
-    return "Nov 14 22:13:20.000005 " + blanks + number + "  1   2   8    Info event " + number +
-           "\n";
-}
+std::string numbered_entry(uint64_t n);
+std::string numbered_line(uint64_t n);
 
 // The lines of the events from first to last.
-inline std::string numbered_lines(uint64_t first, uint64_t last)
-{
-    std::string lines;
-    for (uint64_t n = first; n <= last; ++n) {
-        lines += numbered_line(n);
-    }
-    return lines;
-}
+std::string numbered_lines(uint64_t first, uint64_t last);
 
 constexpr const char *k_entry_header =
     "Timestamp                  Entry CPU  Mod Lv         Message\n";
