@@ -6,6 +6,7 @@
 #include <fcntl.h>
 #include <fstream>
 #include <poll.h>
+#include <sys/prctl.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -18,6 +19,7 @@ constexpr std::chrono::seconds k_limit{20};
 
 [[noreturn]] void run(const std::function<void()> &action, int out)
 {
+    prctl(PR_SET_PDEATHSIG, SIGKILL); // what waits here must not outlive a test that failed
     for (const int number : {SIGINT, SIGTERM, SIGHUP, SIGPIPE}) {
         signal(number, SIG_DFL);
     }

@@ -120,20 +120,20 @@ TEST_F(ruk_log_print_module_, prints_a_header_and_a_line_each)
         const char *text;
     } const rows[] = {
         {{1, 0xff, 0x87, 3, "net"},
-         "                 net      ENWIDTPL (255)      ENW    L (135)\n"                                                    },
+         "                 net      ENWIDTPL (255)      ENW    L (135)\n"                                                     },
         {{1, 0, 1, 0, ""},                                    "                                   (  0)      E        (  1)\n"},
         {{1, 0x10, 0x7f, 0, "twenty-characters-20"},
-         "twenty-characters-20          D    ( 16)      ENWIDTP  (127)\n"                                                    },
+         "twenty-characters-20          D    ( 16)      ENWIDTP  (127)\n"                                                     },
         {{1, 1, 2, 0, "a-name-of-31-characters-exactly"},
-         "a-name-of-31-characters-exactly      E        (  1)       N       (  2)\n"                                         },
+         "a-name-of-31-characters-exactly      E        (  1)       N       (  2)\n"                                          },
  // Bits without a letter show in the number only, which is signed.
         {{1, 0x100, 0xffffffff, 0, "wide"},
-         "                wide               (256)      ENWIDTPL ( -1)\n"                                                    },
+         "                wide               (256)      ENWIDTPL ( -1)\n"                                                     },
         {{1, 0x80000000, 0x10080, 0, "wide"},
-         "                wide               (-2147483648)             L (65664)\n"                                          },
+         "                wide               (-2147483648)             L (65664)\n"                                           },
  // 32 bytes without a terminator: what follows the field is not read.
         {{1, 0xff, 1, 0, "0123456789abcdef0123456789ABCDEF"},
-         "0123456789abcdef0123456789ABCDEF      ENWIDTPL (255)      E        (  1)\n"                                        },
+         "0123456789abcdef0123456789ABCDEF      ENWIDTPL (255)      E        (  1)\n"                                         },
     };
     for (const auto &row : rows) {
         EXPECT_EQ(printed_module(row.module), row.text);
