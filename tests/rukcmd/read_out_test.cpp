@@ -235,6 +235,13 @@ void note_signal(int number)
     last_signal = number;
 }
 
+// As hosts do that end by the second signal.
+void note_signal_once(int number)
+{
+    note_signal(number);
+    signal(number, SIG_IGN); // the test goes on
+}
+
 class HostHandlers
 {
 public:
@@ -335,6 +342,41 @@ TEST_F(read_out, hands_a_signal_on_to_the_hosts_handler)
     // The next read-out is not touched by it.
     EXPECT_EQ(output_of("show all"), k_entry_header + numbered_lines(0, 9));
     EXPECT_EQ(seen_signals, 1);
+}
+
+TEST_F(read_out, leaves_alone_what_the_hosts_handler_changes)
+{
+    FakeLog log;
+    log.add_events(0, 9);
+    const HostHandlers host(note_signal_once);
+    Peer peer(serve_and_at(log, 2, [&] {
+        kill(getpid(), SIGTERM);
+        EXPECT_TRUE(eventually([] { return handler_of(SIGTERM) == note_signal_once; }));
+    }));
+    EXPECT_EQ(output_of("show all"), k_entry_header + numbered_lines(0, 1));
+    EXPECT_EQ(seen_signals, 1);
+    EXPECT_EQ(handler_of(SIGTERM), SIG_IGN);
+    EXPECT_EQ(handler_of(SIGINT), note_signal_once);
+}
+
+// The second signal reaches the host's handler while the read-out still goes on.
+TEST_F(read_out, leaves_alone_what_the_hosts_handler_changes_meanwhile)
+{
+    FakeLog log;
+    log.add_events(0, 9);
+    const HostHandlers host(note_signal_once);
+    Peer peer(serve_and_at(log, 2, [&] {
+        kill(getpid(), SIGTERM);
+        EXPECT_TRUE(eventually([] { return handler_of(SIGTERM) == note_signal_once; }));
+        kill(getpid(), SIGHUP);
+        EXPECT_TRUE(eventually([] { return handler_of(SIGHUP) == SIG_IGN; }));
+    }));
+    EXPECT_EQ(output_of("show all"), k_entry_header + numbered_lines(0, 1));
+    EXPECT_EQ(seen_signals, 2);
+    EXPECT_EQ(last_signal, SIGTERM); // the noted one comes last
+    EXPECT_EQ(handler_of(SIGTERM), SIG_IGN);
+    EXPECT_EQ(handler_of(SIGHUP), SIG_IGN);
+    EXPECT_EQ(handler_of(SIGINT), note_signal_once);
 }
 
 // The output is more than a pipe holds and nobody reads it: the log runs again all the same.
