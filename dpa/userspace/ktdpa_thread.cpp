@@ -199,8 +199,9 @@ int32_t ktdpa_thread_create(void *(*routine)(void *), void *argument, const char
     ktdpa_set_thread_name(name);
     if (routine == nullptr) {
         kt_trace(word, k_classed, "DPATHREAD_INV_PARAM %s: Invalid args: func %p \n", __func__,
-                 nullptr);
-        kt_trace(word, k_plain, "%s: Invalid arguments: func %p\n", __func__, nullptr);
+                 reinterpret_cast<void *>(routine));
+        kt_trace(word, k_plain, "%s: Invalid arguments: func %p\n", __func__,
+                 reinterpret_cast<void *>(routine));
         return EINVAL;
     }
     auto *const handle = allocate<ktdpa_thread>();
