@@ -8,6 +8,7 @@
 #include <sys/signalfd.h>
 #include <sys/stat.h>
 
+#include "agentsim/console.h"
 #include "agentsim/event.h"
 #include "agentsim/generator.h"
 #include "agentsim/kmsg_feeder.h"
@@ -170,6 +171,11 @@ int run(const Options &options)
     }
     printf("ruklog-agentsim: serving %s\n", options.socket.c_str());
     fflush(stdout);
+    if (options.console) {
+        auto console = std::make_unique<Console>(STDIN_FILENO, service);
+        console->prompt();
+        sources.push_back(std::move(console));
+    }
     Server server(listener.get(), stop.get(), service, std::move(sources));
     return server.run() || complain_errno("cannot wait for clients") ? 0 : k_exit_failed;
 }

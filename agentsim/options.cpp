@@ -31,6 +31,7 @@ struct NumberRow {
 };
 
 constexpr FlagRow k_flags[] = {
+    {"--console", &Options::console},
     {"--foreground", &Options::foreground},
     {"--help", &Options::help},
     {"--kmsg", &Options::kmsg},
@@ -130,6 +131,9 @@ std::string parse_options(std::span<const char *const> arguments, Options &optio
             return name + " takes " + wanted + ", not \"" + value + "\"";
         }
     }
+    if (options.console && options.feed == "-") {
+        return "--console and --feed - both read standard input; feed a file instead";
+    }
     return {};
 }
 
@@ -155,6 +159,7 @@ const char k_help[] =
     "  --modules N        N modules named module0, module1, ... instead of the usual ones\n"
     "\n"
     "Agent:\n"
+    "  --console          run ruklog's commands from standard input inside this process\n"
     "  --socket PATH      serve PATH (default " KT_AGENT_SOCKET_PATH ")\n"
     "  --pidfile PATH     keep the process id in PATH while serving\n"
     "  --management-ip A  management address (default 127.0.0.1)\n"

@@ -23,6 +23,7 @@ struct Options {
     std::string feed; // a path, "-", or nothing
     bool no_line_feed = false;
     bool kmsg = false;
+    bool console = false;
     Identity identity;
     std::string pidfile;
     bool foreground = true; // there is no other way
