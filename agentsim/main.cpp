@@ -76,7 +76,13 @@ UniqueFd stop_signals()
     sigemptyset(&signals);
     sigaddset(&signals, SIGINT);
     sigaddset(&signals, SIGTERM);
-    sigaddset(&signals, SIGHUP);
+    // Whoever starts the Agent with SIGHUP ignored (nohup) wants it to outlive the terminal.
+    struct sigaction hangup {
+    };
+    sigaction(SIGHUP, nullptr, &hangup);
+    if (hangup.sa_handler != SIG_IGN) {
+        sigaddset(&signals, SIGHUP);
+    }
     sigprocmask(SIG_BLOCK, &signals, nullptr);
     // A reader of standard output that went away is no reason to stop.
     signal(SIGPIPE, SIG_IGN);

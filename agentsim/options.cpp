@@ -103,44 +103,48 @@ bool store_value(std::string_view name, const std::string &value, Options &optio
     return inet_pton(AF_INET, value.c_str(), options.identity.management_ip.data()) == 1;
 }
 
+// Takes the option at arguments[at], and moves at to its value when that is the next argument.
+// Returns what is wrong, or nothing.
+std::string take_option(std::span<const char *const> arguments, size_t &at, Options &options)
+{
+    const std::string argument = arguments[at];
+    const size_t equals = argument.find('=');
+    const bool has_value = equals != argument.npos;
+    const std::string name = argument.substr(0, equals);
+    if (bool *flag = flag_of(name, options)) {
+        *flag = true;
+        return has_value ? name + " takes no value" : "";
+    }
+    const std::string wanted = wanted_value(name);
+    if (wanted.empty()) {
+        return "unknown option " + name + "; --help lists the options";
+    }
+    if (!has_value && at + 1 == arguments.size()) {
+        return name + " needs a value: " + wanted;
+    }
+    const std::string value = has_value ? argument.substr(equals + 1) : arguments[++at];
+    const bool fits = store_value(name, value, options);
+    return fits ? "" : name + " takes " + wanted + ", not \"" + value + "\"";
+}
+
 } // namespace
 
 std::string parse_options(std::span<const char *const> arguments, Options &options)
 {
-    for (size_t i = 0; i < arguments.size(); ++i) {
-        const std::string argument = arguments[i];
-        const size_t equals = argument.find('=');
-        const bool has_value = equals != argument.npos;
-        const std::string name = argument.substr(0, equals);
-        if (bool *flag = flag_of(name, options)) {
-            if (has_value) {
-                return name + " takes no value";
-            }
-            *flag = true;
-            continue;
-        }
-        const std::string wanted = wanted_value(name);
-        if (wanted.empty()) {
-            return "unknown option " + name + "; --help lists the options";
-        }
-        if (!has_value && i + 1 == arguments.size()) {
-            return name + " needs a value: " + wanted;
-        }
-        const std::string value = has_value ? argument.substr(equals + 1) : arguments[++i];
-        if (!store_value(name, value, options)) {
-            return name + " takes " + wanted + ", not \"" + value + "\"";
-        }
+    std::string error;
+    for (size_t at = 0; at < arguments.size() && error.empty(); ++at) {
+        error = take_option(arguments, at, options);
     }
-    if (options.console && options.feed == "-") {
+    if (error.empty() && options.console && options.feed == "-") {
         return "--console and --feed - both read standard input; feed a file instead";
     }
-    return {};
+    return error;
 }
 
 const char k_help[] =
     "Usage: ruklog-agentsim [options]\n"
     "Serves the event log to ruklog in place of the data-path Agent, from memory.\n"
-    "Prints one line when it is ready and runs until SIGINT or SIGTERM.\n"
+    "Prints one line when it is ready and runs until SIGINT, SIGTERM or SIGHUP.\n"
     "\n"
     "Events (none by default; several sources may be given):\n"
     "  --preload N        make N events at the start\n"

@@ -33,6 +33,10 @@ if(RUK_SANITIZE)
         -fsanitize=${RUK_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer)
     target_link_options(ruk_sanitizers INTERFACE -fsanitize=${RUK_SANITIZE})
 endif()
+if(RUK_BUILD_FUZZERS)
+    # Coverage of the products is what guides the fuzzers.
+    target_compile_options(ruk_sanitizers INTERFACE -fsanitize=fuzzer-no-link)
+endif()
 
 # Products: no exceptions, no run-time type information, nothing visible but what is exported.
 add_library(ruk_build_flags INTERFACE)

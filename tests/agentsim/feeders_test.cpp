@@ -423,11 +423,25 @@ TEST_F(FeedersTest, the_generator_makes_an_event_when_it_is_due)
 
 TEST_F(FeedersTest, the_generator_loses_what_is_older_than_a_second)
 {
-    Generator generator;
-    generator.start(1000, 0);
-    EXPECT_TRUE(generator.collect(service_, 10 * k_second));
-    EXPECT_EQ(info().total + info().skipped, 1000U);
-    EXPECT_EQ(info().lost, 9000U);
+    struct {
+        int64_t late; // in milliseconds
+        uint64_t made;
+        uint64_t lost;
+    } const rows[] = {
+        {1000, 1000, 0},
+        {1001, 1000, 1},
+        {1500, 1000, 500},
+        {10'000, 1000, 9000},
+    };
+    for (const auto &row : rows) {
+        SCOPED_TRACE(row.late);
+        const LogInfo before = info();
+        Generator generator;
+        generator.start(1000, 0);
+        EXPECT_TRUE(generator.collect(service_, row.late * 1'000'000));
+        EXPECT_EQ(info().total + info().skipped - before.total - before.skipped, row.made);
+        EXPECT_EQ(info().lost - before.lost, row.lost);
+    }
 }
 
 TEST_F(FeedersTest, the_generator_makes_at_most_a_batch_at_a_time)

@@ -9,6 +9,7 @@
 #include "tests/agentsim/agent_client.h"
 #include "tests/support/child.h"
 #include "tests/support/eventually.h"
+#include "tests/support/private_var_tmp.h"
 
 using namespace ruk_test;
 
@@ -75,6 +76,9 @@ protected:
 
 TEST_F(ServerTest, serves_at_the_agents_own_path_by_default)
 {
+    if (!has_private_var_tmp() && AgentClient("/var/tmp/brelovs_api_socket").connected()) {
+        GTEST_SKIP() << "an Agent of this host serves the path";
+    }
     Child agent({RUK_AGENTSIM});
     ASSERT_TRUE(agent.wait_for_output("ruklog-agentsim: serving /var/tmp/brelovs_api_socket\n"));
     uint32_t word = 0;
@@ -100,6 +104,17 @@ TEST_F(ServerTest, says_when_it_is_ready_and_stops_clean)
         EXPECT_FALSE(exists(folder_.file("pid")));
         EXPECT_TRUE(client.is_closed());
     }
+}
+
+TEST_F(ServerTest, outlives_the_terminal_when_told_to)
+{
+    signal(SIGHUP, SIG_IGN); // which the program inherits
+    const auto agent = serve();
+    signal(SIGHUP, SIG_DFL);
+    agent->send_signal(SIGHUP);
+    expect_served();
+    agent->send_signal(SIGTERM);
+    EXPECT_EQ(end_of(*agent), "0 ");
 }
 
 TEST_F(ServerTest, does_not_take_over_a_live_socket)
