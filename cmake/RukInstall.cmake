@@ -50,7 +50,7 @@ install(FILES ${PROJECT_BINARY_DIR}/ruklog-config.cmake
 install(EXPORT ruklog NAMESPACE ruklog:: FILE ruklog-targets.cmake
         COMPONENT libruklog-dev DESTINATION ${config_folder})
 
-# Examples, the manual, the service that keeps the log in the journal.
+# Examples, the manual, completions for the shells, the service that keeps the log in the journal.
 set(examples ${PROJECT_SOURCE_DIR}/examples)
 install(FILES ${examples}/CMakeLists.txt ${examples}/Makefile ${examples}/bit_runs.cpp
               ${examples}/interface_names.c ${examples}/last_entries.c
@@ -58,13 +58,20 @@ install(FILES ${examples}/CMakeLists.txt ${examples}/Makefile ${examples}/bit_ru
 
 #   ruk_install_page(<component> <page>)
 function(ruk_install_page component page)
-    cmake_path(GET page EXTENSION LAST_ONLY section)
-    string(SUBSTRING ${section} 1 1 section)
+    string(REGEX REPLACE ".*\\." "" section ${page})
     install(FILES ${PROJECT_BINARY_DIR}/man/${page} COMPONENT ${component} OPTIONAL
             DESTINATION ${CMAKE_INSTALL_MANDIR}/man${section})
 endfunction()
 ruk_install_page(ruklog ruklog.1)
 ruk_install_page(ruklog-agentsim ruklog-agentsim.8)
 ruk_install_page(libruklog-dev libruklog.3)
+
+foreach(program ruklog ruklog-agentsim)
+    set(completions ${PROJECT_SOURCE_DIR}/completions)
+    install(FILES ${completions}/${program}.bash COMPONENT ${program} OPTIONAL
+            DESTINATION ${CMAKE_INSTALL_DATADIR}/bash-completion/completions RENAME ${program})
+    install(FILES ${completions}/_${program} COMPONENT ${program} OPTIONAL
+            DESTINATION ${CMAKE_INSTALL_DATADIR}/zsh/site-functions)
+endforeach()
 
 ruk_install_with_prefix(ruklog packaging/ruklog-tail.service.in lib/systemd/system)

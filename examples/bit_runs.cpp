@@ -1,7 +1,7 @@
-// Lists the runs of a bit set:  bit_runs BIT|FIRST-LAST...
+// Lists the runs of a bit set:  bit_runs BIT...
 //
-// It shows how a C++ program owns a set, fills it, walks its runs of set and of free bits, and
-// prints it as a list.
+// It shows how a C++ program owns a set, fills it, prints it as a list, and walks its runs of set
+// and of free bits.
 #include <charconv>
 #include <cstdio>
 #include <cstdlib>
@@ -23,36 +23,35 @@ struct Free {
 };
 using Set = std::unique_ptr<bitset, Free>;
 
-Set make_set()
-{
-    Set set(static_cast<bitset *>(calloc(1, sizeof(bitset) + k_bytes)));
-    if (set) {
-        set->size = k_bytes;
-    }
-    return set;
-}
-
-// Sets "5" or "3-9".  False when the text is neither, or reaches beyond the set: the library ends
-// the process on such bits, so what comes from outside is checked first.
-bool set_bits(bitset *set, std::string_view text)
+// The library ends the process on a bit that the set does not have, so what comes from outside is
+// checked first.
+bool set_bit(bitset *set, std::string_view text)
 {
     const char *const end = text.data() + text.size();
-    int32_t first = 0;
-    std::from_chars_result read = std::from_chars(text.data(), end, first);
-    int32_t last = first;
-    if (read.ec == std::errc() && read.ptr != end && *read.ptr == '-') {
-        read = std::from_chars(read.ptr + 1, end, last);
-    }
-    if (read.ec != std::errc() || read.ptr != end || first < 0 || last < first || last >= k_bits) {
+    int32_t bit = 0;
+    const auto [rest, error] = std::from_chars(text.data(), end, bit);
+    if (error != std::errc() || rest != end || bit < 0 || bit >= k_bits) {
         return false;
     }
-    bitset_set_range(set, first, last - first + 1);
+    bitset_set_bit(set, bit);
     return true;
 }
 
+// Prints the list in pieces of whole items that fit a small buffer.  The longest item here is
+// "254-255", so every piece but the last holds something.
+void print_list(const bitset *set)
+{
+    char piece[16];
+    int32_t done = 0;
+    for (int32_t restart = 1; done == 0; restart = 0) {
+        const int32_t length = bitset_snprintf(piece, sizeof piece, set, restart, &done);
+        printf("%s%s", restart == 0 && length > 0 ? "," : "", piece);
+    }
+    printf("\n");
+}
+
 // {1, 0} starts an enumeration; every call then fills in the run that follows.
-void print_runs(const char *title, const bitset *set,
-                int32_t (*next)(const bitset *, bitset_range *))
+void print_runs(const char *title, const bitset *set, decltype(bitset_next_range) next)
 {
     printf("%s:", title);
     for (bitset_range run{.lower = 1, .upper = 0}; next(set, &run) == 0;) {
@@ -61,31 +60,19 @@ void print_runs(const char *title, const bitset *set,
     printf("\n");
 }
 
-// The list in pieces that fit a small buffer.  A piece of length 0 that is not the last would be an
-// item longer than the buffer; "254-255" is the longest here.
-void print_list(const bitset *set)
-{
-    char piece[16];
-    int32_t done = 0;
-    for (int32_t restart = 1; done == 0; restart = 0) {
-        bitset_snprintf(piece, sizeof piece, set, restart, &done);
-        printf("%s%s", restart == 1 || piece[0] == '\0' ? "" : ",", piece);
-    }
-    printf("\n");
-}
-
 } // namespace
 
 int main(int argc, char **argv)
 {
-    const Set set = make_set();
+    const Set set(static_cast<bitset *>(calloc(1, sizeof(bitset) + k_bytes)));
     if (!set) {
         perror("bit_runs");
         return EXIT_FAILURE;
     }
+    set->size = k_bytes;
     for (int i = 1; i < argc; ++i) {
-        if (!set_bits(set.get(), argv[i])) {
-            fprintf(stderr, "bit_runs: \"%s\" is no bit or run below %d\n", argv[i], k_bits);
+        if (!set_bit(set.get(), argv[i])) {
+            fprintf(stderr, "bit_runs: \"%s\" is no bit below %d\n", argv[i], k_bits);
             return EXIT_FAILURE;
         }
     }

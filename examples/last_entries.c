@@ -12,8 +12,7 @@
 #include "ruk/agent.h"
 #include "ruk/log.h"
 
-/* What the flags say to the log service: the record comes back filled in, and it also travels
- * there. */
+/* Flags of the log service: its answer fills the record; the record also says what is asked. */
 enum { REPLY_ONLY = 0x01, BOTH_WAYS = 0x03 };
 
 /*
@@ -41,7 +40,7 @@ static void print_entry(const LogEntry *entry)
     /* A message need not end in a line feed, and one that fills its field has no terminator. */
     const size_t length = strnlen(entry->message, sizeof entry->message);
     const int shown = (int)(length > 0 && entry->message[length - 1] == '\n' ? length - 1 : length);
-    printf("%6" PRIu64 "  cpu %u  level 0x%02x  %.*s\n", entry->entry, (unsigned)entry->cpu,
+    printf("%6" PRIu64 "  module %u  level 0x%02x  %.*s\n", entry->entry, entry->module,
            (unsigned)entry->level, shown, entry->message);
 }
 

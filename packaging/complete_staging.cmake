@@ -14,4 +14,8 @@ foreach(package IN LISTS CPACK_COMPONENTS_ALL)
     foreach(page IN LISTS pages)
         compress(${page})
     endforeach()
+    # Debian's zsh looks for the completions of packages in a folder of its own.
+    if(EXISTS ${usr}/share/zsh/site-functions)
+        file(RENAME ${usr}/share/zsh/site-functions ${usr}/share/zsh/vendor-completions)
+    endif()
 endforeach()
