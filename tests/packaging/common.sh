@@ -1,4 +1,11 @@
-# What the tests of the installation share.  Sourced; needs the variable "work", a scratch folder.
+# shellcheck shell=sh
+# What the tests of the installation share.  Sourced; makes the scratch folder $work, which goes at
+# the end, as do the processes in $running.
+work=$(mktemp -d)
+running=
+# Unquoted: several processes.
+# shellcheck disable=SC2086
+trap '[ -z "$running" ] || kill $running 2>/dev/null; rm -rf "$work"' EXIT
 
 fail() { echo "FAILED: $*"; exit 1; }
 
@@ -21,7 +28,7 @@ needs() {
 # serve AGENTSIM OPTION...: starts a stand-in Agent and waits until it serves.
 serve() {
     "$@" >"$work/agentsim" 2>&1 &
-    agent=$!
+    running="$running $!"
     until_found serving "$work/agentsim"
 }
 
