@@ -85,11 +85,11 @@ function(ruk_finish_product target)
     set(runtime_names ${PROJECT_SOURCE_DIR}/cmake/runtime-names.map)
     target_link_libraries(${target} PRIVATE ruk_build_flags)
     target_include_directories(${target} PUBLIC $<BUILD_INTERFACE:${PROJECT_SOURCE_DIR}/include>)
-    target_link_options(${target} PRIVATE
-        -Wl,-z,relro,-z,now -Wl,--as-needed -Wl,--exclude-libs,ALL)
+    target_link_options(${target} PRIVATE -Wl,-z,relro,-z,now -Wl,--as-needed)
+    # A sanitizer's names have to be found by every library of its process.
     if(NOT RUK_SANITIZE)
         target_link_options(${target} PRIVATE
-            -static-libstdc++ -static-libgcc -Wl,--version-script=${runtime_names})
+            -Wl,--exclude-libs,ALL -static-libstdc++ -static-libgcc -Wl,--version-script=${runtime_names})
         set_property(TARGET ${target} APPEND PROPERTY LINK_DEPENDS ${runtime_names})
     endif()
 endfunction()

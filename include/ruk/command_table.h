@@ -46,14 +46,14 @@ typedef struct CommandEntry {
     uint32_t from_agent;                    /* 1: may run on the Agent's behalf */
 } CommandEntry;
 
-static_assert(sizeof(CommandEntry) == 14 * 8, "fourteen slots");
-static_assert(offsetof(CommandEntry, handler) == 1 * 8, "slot");
-static_assert(offsetof(CommandEntry, help) == 2 * 8, "slot");
-static_assert(offsetof(CommandEntry, text) == 3 * 8, "slot");
-static_assert(offsetof(CommandEntry, hint) == 4 * 8, "slot");
-static_assert(offsetof(CommandEntry, keywords) == 5 * 8, "slot");
-static_assert(offsetof(CommandEntry, spare) == 12 * 8, "slot");
-static_assert(offsetof(CommandEntry, from_agent) == 13 * 8, "slot");
+static_assert(sizeof(CommandEntry) == 112, "fourteen slots of 8 bytes");
+static_assert(offsetof(CommandEntry, handler) == 8, "slot");
+static_assert(offsetof(CommandEntry, help) == 16, "slot");
+static_assert(offsetof(CommandEntry, text) == 24, "slot");
+static_assert(offsetof(CommandEntry, hint) == 32, "slot");
+static_assert(offsetof(CommandEntry, keywords) == 40, "slot");
+static_assert(offsetof(CommandEntry, spare) == 96, "slot");
+static_assert(offsetof(CommandEntry, from_agent) == 104, "slot");
 
 RUK_EXPORT extern uint32_t kt_debug_print_ktcmd;
 
