@@ -59,7 +59,7 @@ install(FILES ${examples}/CMakeLists.txt ${examples}/Makefile ${examples}/bit_ru
 #   ruk_install_page(<component> <page>)
 function(ruk_install_page component page)
     string(REGEX REPLACE ".*\\." "" section ${page})
-    install(FILES ${PROJECT_BINARY_DIR}/man/${page} COMPONENT ${component} OPTIONAL
+    install(FILES ${PROJECT_BINARY_DIR}/man/${page} COMPONENT ${component}
             DESTINATION ${CMAKE_INSTALL_MANDIR}/man${section})
 endfunction()
 ruk_install_page(ruklog ruklog.1)
@@ -68,9 +68,9 @@ ruk_install_page(libruklog-dev libruklog.3)
 
 foreach(program ruklog ruklog-agentsim)
     set(completions ${PROJECT_SOURCE_DIR}/completions)
-    install(FILES ${completions}/${program}.bash COMPONENT ${program} OPTIONAL
+    install(FILES ${completions}/${program}.bash COMPONENT ${program}
             DESTINATION ${CMAKE_INSTALL_DATADIR}/bash-completion/completions RENAME ${program})
-    install(FILES ${completions}/_${program} COMPONENT ${program} OPTIONAL
+    install(FILES ${completions}/_${program} COMPONENT ${program}
             DESTINATION ${CMAKE_INSTALL_DATADIR}/zsh/site-functions)
 endforeach()
 

@@ -19,10 +19,6 @@ prefix=$root/opt/ruklog
 
 version=$(sed -n 's/^project(ruklog VERSION \([0-9.]*\).*/\1/p' "$source/CMakeLists.txt")
 headers=$(cd "$source/include" && find ruk -name '*.h' | sed 's|^|include/|')
-pages=$(cd "$source" && find man -name '*.in' | sed 's|^man/\(.*\.\(.\)\)\.in|share/man/man\2/\1|')
-completions=$(cd "$source" && find completions -type f |
-              sed 's|^completions/_|share/zsh/site-functions/_|
-                   s|^completions/\(.*\)\.bash$|share/bash-completion/completions/\1|')
 same "the installed files" "$(sort <<FILES
 bin/ruklog
 bin/ruklog-agentsim
@@ -42,8 +38,13 @@ share/doc/libruklog-dev/examples/Makefile
 share/doc/libruklog-dev/examples/bit_runs.cpp
 share/doc/libruklog-dev/examples/interface_names.c
 share/doc/libruklog-dev/examples/last_entries.c
-$pages
-$completions
+share/man/man1/ruklog.1
+share/man/man3/libruklog.3
+share/man/man8/ruklog-agentsim.8
+share/bash-completion/completions/ruklog
+share/bash-completion/completions/ruklog-agentsim
+share/zsh/site-functions/_ruklog
+share/zsh/site-functions/_ruklog-agentsim
 FILES
 )" "$(cd "$prefix" && find . ! -type d |
       sed 's|^\./||; s|targets-[a-z]*\.cmake|targets-BUILDTYPE.cmake|' | sort)"
