@@ -53,12 +53,11 @@ if(CMAKE_BUILD_TYPE STREQUAL Release AND NOT RUK_SANITIZE)
         -U_FORTIFY_SOURCE -D_FORTIFY_SOURCE=2
         -fstack-protector-strong -fstack-clash-protection -fcf-protection)
     if(CMAKE_CXX_COMPILER_ID STREQUAL GNU)
-        target_compile_options(ruk_build_flags INTERFACE -flto=auto -ffat-lto-objects)
-        # A program reaches the C library's data through its global offset table: the linker would
-        # otherwise copy stdout into the tool and export the copy.  Not so the shared library: marked
-        # like that it would keep its own globals to itself while programs set copies of them.
-        target_link_options(ruk_build_flags INTERFACE -flto=auto
-            $<$<STREQUAL:$<TARGET_PROPERTY:TYPE>,EXECUTABLE>:-mno-direct-extern-access>)
+        # Without direct access to the C library's data: for a tool optimised across files the linker
+        # would otherwise copy stdout into it and export the copy.
+        target_compile_options(ruk_build_flags INTERFACE
+            -flto=auto -ffat-lto-objects -mno-direct-extern-access)
+        target_link_options(ruk_build_flags INTERFACE -flto=auto -mno-direct-extern-access)
     endif()
 endif()
 
