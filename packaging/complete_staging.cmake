@@ -8,7 +8,8 @@ endfunction()
 
 foreach(package IN LISTS CPACK_COMPONENTS_ALL)
     set(usr ${CPACK_TEMPORARY_DIRECTORY}/${package}/usr)
-    file(COPY ${CPACK_RUK_DOCUMENTS} DESTINATION ${usr}/share/doc/${package})
+    file(COPY ${CPACK_RUK_DOCUMENTS} DESTINATION ${usr}/share/doc/${package}
+         FILE_PERMISSIONS OWNER_READ OWNER_WRITE GROUP_READ WORLD_READ)
     compress(${usr}/share/doc/${package}/changelog)
     file(GLOB pages ${usr}/share/man/man*/*.[0-9])
     foreach(page IN LISTS pages)

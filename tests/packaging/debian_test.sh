@@ -3,6 +3,7 @@
 # empty root with their dependencies met, work there, and leave nothing behind when purged.
 # Runs with a /var/tmp of its own.
 set -eu
+umask 022
 build=$1
 source=$2
 . "$source/tests/packaging/common.sh"
