@@ -6,7 +6,7 @@
 
 #include "ruk/agent.h"
 #include "ruk/front_end.h"
-#include "rukcmd/entry_display.h"
+#include "rukcmd/entry_printer.h"
 #include "rukcmd/log_service.h"
 
 namespace

@@ -8,24 +8,26 @@ namespace
 
 struct GuardedSignal {
     int number;
-    bool caught;
+    volatile sig_atomic_t caught;
     struct sigaction former;
 };
 
 GuardedSignal guarded[] = {
-    {SIGINT, false, {}},
-    {SIGTERM, false, {}},
-    {SIGHUP, false, {}},
-    {SIGPIPE, false, {}},
+    {SIGINT, 0, {}},
+    {SIGTERM, 0, {}},
+    {SIGHUP, 0, {}},
+    {SIGPIPE, 0, {}},
 };
 
 volatile sig_atomic_t noted = 0;
 
-// Called by the handler too: nothing but sigaction.
+// Called by the handler too: nothing but sigaction.  Each disposition is put back once: what the
+// host's own handler changes from then on is the host's.
 void restore_former()
 {
-    for (const GuardedSignal &signal : guarded) {
-        if (signal.caught) {
+    for (GuardedSignal &signal : guarded) {
+        if (signal.caught != 0) {
+            signal.caught = 0;
             sigaction(signal.number, &signal.former, nullptr);
         }
     }
@@ -40,9 +42,9 @@ void note(int number)
 void catch_signal(GuardedSignal &signal)
 {
     sigaction(signal.number, nullptr, &signal.former);
-    signal.caught =
-        (signal.former.sa_flags & SA_SIGINFO) != 0 || signal.former.sa_handler != SIG_IGN;
-    if (!signal.caught) {
+    const bool is_ignored =
+        (signal.former.sa_flags & SA_SIGINFO) == 0 && signal.former.sa_handler == SIG_IGN;
+    if (is_ignored) {
         return;
     }
     struct sigaction action {
@@ -53,6 +55,7 @@ void catch_signal(GuardedSignal &signal)
     // The first signal is noted whole before a second one acts.
     sigfillset(&action.sa_mask);
     sigaction(signal.number, &action, nullptr);
+    signal.caught = 1;
 }
 
 } // namespace

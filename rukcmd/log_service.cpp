@@ -33,6 +33,15 @@ bool get_info(LogInfo &info)
                            : ask_agent(KT_OPC_LOG_INFO, 0, k_reply_only, info);
 }
 
+bool require_info(LogInfo &info)
+{
+    const bool got = get_info(info);
+    if (!got) {
+        ruk_rcli_printf("Can't get log info\n");
+    }
+    return got;
+}
+
 bool next_entry(LogEntry &entry)
 {
     return is_in_process() ? kt_get_log_entry(0, &entry) == 0

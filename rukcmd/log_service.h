@@ -15,6 +15,7 @@ bool is_in_process();
 
 // Each is false when the service failed; the record is then as the call left it.
 bool get_info(LogInfo &info);
+bool require_info(LogInfo &info); // says so when it failed
 bool next_entry(LogEntry &entry);
 bool set_log(LogSetOp operation, uint64_t &value);
 bool next_module(LogModule &module);

@@ -93,8 +93,7 @@ int32_t ruk_log_show(const char *)
 int32_t ruk_log_show_info(const char *)
 {
     LogInfo info{};
-    if (!log_service::get_info(info)) {
-        ruk_rcli_printf("Can't get log info\n");
+    if (!log_service::require_info(info)) {
         return -1;
     }
     ruk_log_print_info(0, &info);

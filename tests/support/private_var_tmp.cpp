@@ -40,7 +40,7 @@ bool enter_namespaces()
 
 bool mount_private_var_tmp()
 {
-    return enter_namespaces() && mount(nullptr, "/", nullptr, MS_REC | MS_PRIVATE, nullptr) == 0 &&
+    return enter_namespaces() && mount("none", "/", "none", MS_REC | MS_PRIVATE, nullptr) == 0 &&
            mount("tmpfs", "/var/tmp", "tmpfs", 0, "mode=1777") == 0;
 }
 

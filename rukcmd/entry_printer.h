@@ -1,4 +1,4 @@
-// What the display of entries shares with the read-out.
+// What the printing of entries shares with the read-out.
 #pragma once
 
 #include "ruk/log.h"

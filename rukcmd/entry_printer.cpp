@@ -1,0 +1,49 @@
+// One entry as a line of text, and the header above the entries.
+#include "rukcmd/entry_printer.h"
+
+#include <cstring>
+#include <ctime>
+
+#include "ruk/front_end.h"
+
+void settle_message(LogEntry &entry)
+{
+    char *const message = entry.message;
+    constexpr size_t k_last = LOG_MESSAGE_SIZE - 1;
+    size_t length = strnlen(message, LOG_MESSAGE_SIZE);
+    if (length > k_last) {
+        message[k_last] = '\0';
+        length = k_last;
+    }
+    if (length > 0 && message[length - 1] == '\n') {
+        return;
+    }
+    // Kept: the line feed goes to a fixed place, so a short message without one prints with none.
+    if (length == k_last) {
+        message[k_last] = '\n'; // the field's end is the terminator
+    } else {
+        message[k_last - 1] = '\n';
+        message[k_last] = '\0';
+    }
+}
+
+void ruk_log_print_entry_header(void)
+{
+    ruk_rcli_printf("Timestamp                  Entry CPU  Mod Lv         Message\n");
+}
+
+void ruk_log_print_entry(LogEntry *entry)
+{
+    if (entry == nullptr) {
+        return;
+    }
+    settle_message(*entry);
+    const time_t seconds = entry->seconds;
+    char date[32] = {}; // "Www Mmm dd hh:mm:ss yyyy", of which month, day and time are shown
+    ctime_r(&seconds, date);
+    ruk_rcli_printf("%.15s.%06d %8llu %2d %3d %3d %7s %.*s", date + 4,
+                    static_cast<int32_t>(entry->microseconds),
+                    static_cast<unsigned long long>(entry->entry), entry->cpu,
+                    static_cast<int32_t>(entry->module), entry->level,
+                    ruk_levelstring(entry->level), LOG_MESSAGE_SIZE, entry->message);
+}

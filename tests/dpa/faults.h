@@ -1,0 +1,71 @@
+// Calls of the C library that fail or fall short on demand, and a count of the blocks that the
+// code under test holds.  The linker's --wrap brings the calls of the test program's own objects
+// here, with and without sanitizers.  Everything acts on the calling thread only.
+#pragma once
+
+#include <cstddef>
+#include <sys/socket.h>
+#include <sys/un.h>
+
+namespace ruk_test
+{
+
+enum class Call {
+    allocate,
+    open_socket,
+    change_mode,
+    send_bytes,
+    read_bytes,
+    mutex_init,
+    mutex_destroy,
+    cond_init,
+    cond_destroy,
+    cond_signal,
+    thread_create,
+    thread_cancel,
+    thread_join,
+};
+
+// While it lives, one call fails: the nth of its kind from here on.  error becomes its errno or,
+// for the thread library, its result; a transfer with error 0 returns 0 bytes.  One at a time.
+class Fault
+{
+public:
+    Fault(Call call, int error, int nth = 1);
+    ~Fault();
+    Fault(const Fault &) = delete;
+    Fault &operator=(const Fault &) = delete;
+};
+
+// While it lives, no read or send moves more than so many bytes.
+class ShortTransfers
+{
+public:
+    explicit ShortTransfers(size_t most);
+    ~ShortTransfers();
+    ShortTransfers(const ShortTransfers &) = delete;
+    ShortTransfers &operator=(const ShortTransfers &) = delete;
+};
+
+// The blocks of malloc since it was made.
+class Blocks
+{
+public:
+    Blocks();
+    int allocated() const; // how many were asked for
+    int held() const;      // how many of those were not freed
+    void *latest() const;  // the one that was asked for last
+
+private:
+    int allocated_before_;
+    int freed_before_;
+};
+
+// What this thread's latest connect was given.
+struct ConnectArguments {
+    sockaddr_un address;
+    socklen_t length;
+};
+const ConnectArguments &latest_connect();
+
+} // namespace ruk_test
