@@ -57,15 +57,21 @@ template <auto Field, typename Number> constexpr field_output<Field, Number> to(
     return {out};
 }
 
-// A whole reader: the type check, then the fields, all or none.
+// The end of a reader: the fields, all or none.
 template <typename... Outputs>
-constexpr uint32_t read(IfIndex value, type_set accepted, Outputs... outputs)
+constexpr uint32_t store_unless(uint32_t error, IfIndex value, Outputs... outputs)
 {
-    const uint32_t error = check_type(value, accepted);
     if (error == IF_INDEX_OK) {
         (outputs.store(value), ...);
     }
     return error;
+}
+
+// A whole reader: the type check, then the fields.
+template <typename... Outputs>
+constexpr uint32_t read(IfIndex value, type_set accepted, Outputs... outputs)
+{
+    return store_unless(check_type(value, accepted), value, outputs...);
 }
 
 } // namespace ifindex

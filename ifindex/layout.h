@@ -137,14 +137,9 @@ inline constexpr bit_field k_tunnel_number{0, 16};
 inline constexpr bit_field k_tunnel_type{15, 1};
 
 // lveth.
-inline constexpr split_field k_lveth_slot{
-    .low = {16, 8},
-      .high = {0,  2}
-};
+inline constexpr split_field k_lveth_slot{.low = {16, 8}, .high = {0, 2}};
 inline constexpr bit_field k_lveth_port{4, 12};
-inline constexpr unshifted_field k_lveth_sub{
-    {2, 2}
-};
+inline constexpr unshifted_field k_lveth_sub{{2, 2}};
 
 // veth.
 inline constexpr bit_field k_veth_vport{4, 20};

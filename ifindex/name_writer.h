@@ -12,7 +12,8 @@ class name_writer
 {
 public:
     // A size below 1 or a null buffer leaves no room: the pieces are counted only.
-    name_writer(char *buffer, int32_t size) : buffer_(buffer), room_(buffer == nullptr ? 0 : size)
+    name_writer(char *buffer, int32_t size)
+        : buffer_(buffer), room_(buffer == nullptr || size < 0 ? 0 : size)
     {
         terminate();
     }

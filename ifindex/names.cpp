@@ -136,12 +136,10 @@ constexpr name_row k_rows[] = {
 // clang-format on
 
 // The member form of a port-channel; the other forms are below.
-constexpr name_row k_member_row = {
-    IF_INDEX_TYPE_PORT_CHANNEL,
-    "fc%/%",
-    "fc%/%",
-    {from_one(k_pc_member_slot), from_one(k_pc_member_port)}
-};
+constexpr name_row k_member_row = {IF_INDEX_TYPE_PORT_CHANNEL,
+                                   "fc%/%",
+                                   "fc%/%",
+                                   {from_one(k_pc_member_slot), from_one(k_pc_member_port)}};
 
 using row_index = std::array<uint8_t, IF_INDEX_TYPE_LAST_RESERVED + 1>;
 

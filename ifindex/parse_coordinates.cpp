@@ -52,6 +52,7 @@ struct kind_row {
 };
 
 constexpr int32_t k_more = INT32_MAX;
+constexpr int32_t k_any = INT32_MIN; // a negative count, too
 
 // The virtual device context: what the environment says, read as the numbers of a name are.
 int32_t device_context()
@@ -150,10 +151,10 @@ constexpr kind_row k_rows[] = {
          return if_index_vlan_port_cli_init(out, device_context(), from.c[0]);
      }},
     {kind_of("kiro"), 2, 2, build2<if_index_kiro_port_cli_init>},
-    {kind_of("bay"), 0, k_more, [](IfIndex *out, const coordinates &from) {
+    {kind_of("bay"), k_any, k_more, [](IfIndex *out, const coordinates &from) {
          return look_up("bay", from.c[0], out);
      }},
-    {kind_of("ext"), 0, k_more, [](IfIndex *out, const coordinates &from) {
+    {kind_of("ext"), k_any, k_more, [](IfIndex *out, const coordinates &from) {
          return look_up("ext", from.c[0], out);
      }},
     {kind_of("san-port-channel"), 1, 2, build2<if_index_port_channel_cli_init>},

@@ -130,21 +130,21 @@ constexpr auto build_fcip = build_fc_tunnel<if_index_fcip_port_init>;
 constexpr auto build_fcmpls = build_fc_tunnel<if_index_fcmpls_tnnl_init>;
 
 constexpr range_rule k_rules[] = {
-    {IF_INDEX_TYPE_PHY_FC,       ALL_USES,  k_slot,       k_ports,      build_phy_fc      },
-    {IF_INDEX_TYPE_PHY_ETH,      ALL_USES,  k_slot,       k_ports,      build_phy_eth     },
-    {IF_INDEX_TYPE_VLAN,         ALL_USES,  k_whole_type, k_vlans,      build_vlan        },
-    {IF_INDEX_TYPE_FCIP,         ALL_USES,  k_whole_type, k_fc_tunnels, build_fcip        },
-    {IF_INDEX_TYPE_ISCSI,        ALL_USES,  k_slot,       k_ports,      build_iscsi       },
-    {IF_INDEX_TYPE_UMBRA,        NEXT_ONLY, k_slot_to_30, k_ports,      build_umbra       },
-    {IF_INDEX_TYPE_TK,           ALL_USES,  k_slot_to_30, k_tk_ports,   build_tk          },
-    {IF_INDEX_TYPE_FCMPLS_TNNL,  ALL_USES,  k_whole_type, k_fc_tunnels, build_fcmpls      },
-    {IF_INDEX_TYPE_KIRO,         NEXT_ONLY, k_slot,       k_ports,      build_kiro        },
-    {IF_INDEX_TYPE_TUNNEL,       NEXT_ONLY, k_whole_type, k_tunnels,    build_tunnel      },
-    {IF_INDEX_TYPE_PHY_ETHERNET, ALL_USES,  k_slot,       k_ports,      build_phy_ethernet},
-    {IF_INDEX_TYPE_VIF,          ALL_USES,  k_whole_type, k_vifs,       build_vif         },
-    {IF_INDEX_TYPE_PEMU,         NEXT_ONLY, k_slot,       k_ports,      build_pemu        },
-    {IF_INDEX_TYPE_OVERLAY,      ALL_USES,  k_whole_type, k_overlays,   build_overlay     },
-    {IF_INDEX_TYPE_RUK_ETH,      ALL_USES,  k_module,     k_ruk_ports,  build_ruk_eth     },
+    {IF_INDEX_TYPE_PHY_FC, ALL_USES, k_slot, k_ports, build_phy_fc},
+    {IF_INDEX_TYPE_PHY_ETH, ALL_USES, k_slot, k_ports, build_phy_eth},
+    {IF_INDEX_TYPE_VLAN, ALL_USES, k_whole_type, k_vlans, build_vlan},
+    {IF_INDEX_TYPE_FCIP, ALL_USES, k_whole_type, k_fc_tunnels, build_fcip},
+    {IF_INDEX_TYPE_ISCSI, ALL_USES, k_slot, k_ports, build_iscsi},
+    {IF_INDEX_TYPE_UMBRA, NEXT_ONLY, k_slot_to_30, k_ports, build_umbra},
+    {IF_INDEX_TYPE_TK, ALL_USES, k_slot_to_30, k_tk_ports, build_tk},
+    {IF_INDEX_TYPE_FCMPLS_TNNL, ALL_USES, k_whole_type, k_fc_tunnels, build_fcmpls},
+    {IF_INDEX_TYPE_KIRO, NEXT_ONLY, k_slot, k_ports, build_kiro},
+    {IF_INDEX_TYPE_TUNNEL, NEXT_ONLY, k_whole_type, k_tunnels, build_tunnel},
+    {IF_INDEX_TYPE_PHY_ETHERNET, ALL_USES, k_slot, k_ports, build_phy_ethernet},
+    {IF_INDEX_TYPE_VIF, ALL_USES, k_whole_type, k_vifs, build_vif},
+    {IF_INDEX_TYPE_PEMU, NEXT_ONLY, k_slot, k_ports, build_pemu},
+    {IF_INDEX_TYPE_OVERLAY, ALL_USES, k_whole_type, k_overlays, build_overlay},
+    {IF_INDEX_TYPE_RUK_ETH, ALL_USES, k_module, k_ruk_ports, build_ruk_eth},
 };
 
 // The rule of a type, or null.
@@ -234,9 +234,9 @@ uint32_t next_phy_ethernet(const range_step &step, IfIndex *out)
     if (!is_one_range(rule, step) || sub > k_phy_sub.get(step.last)) {
         return IF_INDEX_BAD_ARGUMENT;
     }
-    return if_index_phy_ethernet_init(out, slot_of(step),
-                                      static_cast<uint8_t>(k_phy_port.get(step.from)),
-                                      static_cast<uint16_t>(sub));
+    if_index_phy_ethernet_init(out, slot_of(step), static_cast<uint8_t>(k_phy_port.get(step.from)),
+                               static_cast<uint16_t>(sub));
+    return IF_INDEX_OK;
 }
 
 } // namespace

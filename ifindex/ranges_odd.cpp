@@ -79,7 +79,8 @@ uint32_t step_vfc_number(const range_step &step, IfIndex *out)
     if (!is_vfc_range(k_vfc_number.get(step.first), last) || number > last) {
         return IF_INDEX_BAD_ARGUMENT;
     }
-    return if_index_fc_server_interface_init(out, number);
+    if_index_fc_server_interface_init(out, number);
+    return IF_INDEX_OK;
 }
 
 uint32_t step_vfc_channel(const range_step &step, IfIndex *out)
@@ -185,12 +186,14 @@ uint32_t next_veth(const range_step &step, IfIndex *out)
         if (vport + step.by > k_veth_vport.get(step.last)) {
             return IF_INDEX_BAD_ARGUMENT;
         }
-        return if_index_veth_init(out, vport + step.by, 0);
+        if_index_veth_init(out, vport + step.by, 0);
+        return IF_INDEX_OK;
     }
     if (sub + step.by > k_veth_sub.get(step.last)) {
         return IF_INDEX_BAD_ARGUMENT;
     }
-    return if_index_veth_init(out, vport, static_cast<uint16_t>(sub + step.by));
+    if_index_veth_init(out, vport, static_cast<uint16_t>(sub + step.by));
+    return IF_INDEX_OK;
 }
 
 uint32_t count_veth(IfIndex first, IfIndex last, uint32_t *count)

@@ -29,7 +29,7 @@ constexpr type_set k_ruk_eth = accepts(IF_INDEX_TYPE_RUK_ETH);
 uint32_t check_linecard(IfIndex value)
 {
     const uint32_t error = check_type(value, k_inband);
-    if (error == IF_INDEX_OK && k_inband_sup.get(value) != k_inband_linecard) {
+    if (error == IF_INDEX_OK && if_index_is_linecard_inband(value) == 0) {
         return IF_INDEX_WRONG_TYPE;
     }
     return error;
@@ -119,16 +119,13 @@ uint32_t if_index_inband_get_fields(IfIndex value, uint8_t *sup, uint8_t *queue)
 
 uint32_t if_index_inband_linecard_get_slot(IfIndex value, uint16_t *slot)
 {
-    const uint32_t error = check_linecard(value);
-    return error != IF_INDEX_OK ? error : read(value, k_inband, to<k_inband_linecard_slot>(slot));
+    return store_unless(check_linecard(value), value, to<k_inband_linecard_slot>(slot));
 }
 
 uint32_t if_index_inband_linecard_get_fields(IfIndex value, uint8_t *queue, uint16_t *slot)
 {
-    const uint32_t error = check_linecard(value);
-    return error != IF_INDEX_OK
-               ? error
-               : read(value, k_inband, to<k_inband_queue>(queue), to<k_inband_linecard_slot>(slot));
+    return store_unless(check_linecard(value), value, to<k_inband_queue>(queue),
+                        to<k_inband_linecard_slot>(slot));
 }
 
 uint32_t if_index_vsan_get_slot(IfIndex value, uint16_t *slot)

@@ -18,12 +18,11 @@ uint32_t read_subtype(IfIndex value, uint32_t subtype, Outputs... outputs)
     if ((false || ... || outputs.is_null())) {
         return IF_INDEX_BAD_ARGUMENT;
     }
-    const uint32_t error = check_type(value, k_vfc);
-    if (error != IF_INDEX_OK) {
-        return error;
+    uint32_t error = check_type(value, k_vfc);
+    if (error == IF_INDEX_OK && k_vfc_subtype.get(value) != subtype) {
+        error = IF_INDEX_WRONG_TYPE;
     }
-    return k_vfc_subtype.get(value) == subtype ? read(value, k_vfc, outputs...)
-                                               : uint32_t{IF_INDEX_WRONG_TYPE};
+    return store_unless(error, value, outputs...);
 }
 
 } // namespace

@@ -1,6 +1,5 @@
 // Where the fields of OpenFlow 1.0.0 messages stand, and how they are read: byte by byte, since a
-// message may start at any address.  Section numbers are those of the OpenFlow Switch
-// Specification, version 1.0.0.
+// message may start at any address.  Section numbers are those of its text.
 #pragma once
 
 #include <cstddef>

@@ -24,7 +24,7 @@ constexpr char k_data_interface[] = "eth1";
 class QuerySocket
 {
 public:
-    QuerySocket() : fd_(socket(AF_INET, SOCK_DGRAM | SOCK_CLOEXEC, 0)) {}
+    QuerySocket() : fd_(socket(AF_INET, SOCK_DGRAM, 0)) {}
     ~QuerySocket()
     {
         if (is_open()) {

@@ -45,6 +45,8 @@ constexpr wire::Forms k_forms{
 
 int32_t dpa_platform_open(void)
 {
+    // A number that is still there is not closed: after kt_rukcmd_api_exit it may be another
+    // descriptor's.
     const int32_t fd = socket(AF_UNIX, SOCK_STREAM, 0);
     k_connection.set(fd);
     if (fd < 0) {

@@ -27,7 +27,8 @@ enum kt_address_sizes {
 };
 
 /*
- * Traces of kt_parse_mac_address: 0x04 texts that are refused for their length or shape, 0x08 and
+ * Traces of kt_parse_mac_address: 0x04 texts that go on after 17
+ * characters or have neither form's separator, 0x08 and
  * 0x10 whether the first group was padded.
  */
 RUK_EXPORT extern uint32_t kt_debug_print_ktstrings;

@@ -48,15 +48,9 @@ typedef struct bitset_range {
     int32_t upper;
 } bitset_range;
 
-#ifdef __cplusplus
 static_assert(sizeof(bitset) == 4, "the bits follow the size at once");
 static_assert(offsetof(bitset, bits) == 4, "the bits follow the size at once");
 static_assert(sizeof(bitset_range) == 8 && offsetof(bitset_range, upper) == 4, "two bounds");
-#else
-_Static_assert(sizeof(bitset) == 4, "the bits follow the size at once");
-_Static_assert(offsetof(bitset, bits) == 4, "the bits follow the size at once");
-_Static_assert(sizeof(bitset_range) == 8 && offsetof(bitset_range, upper) == 4, "two bounds");
-#endif
 
 /*
  * The 4-bit reversal of each index: a byte is reversed as

@@ -39,7 +39,8 @@ RUK_EXPORT int32_t dpa_platform_close(void);
 
 /*
  * Closes the connection but keeps its number: the next call fails once, with status 1, and the
- * one after it connects anew.
+ * one after it connects anew.  By then the number may be another descriptor of the process, which
+ * the failing call closes: call again before opening anything else.
  */
 RUK_EXPORT void kt_rukcmd_api_exit(void);
 

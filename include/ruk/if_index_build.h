@@ -55,8 +55,8 @@ RUK_EXPORT uint32_t if_index_eth_port_channel_init_internal(IfIndex *out, uint16
 RUK_EXPORT uint32_t if_index_mgmt_sup_port_init(IfIndex *out, uint16_t slot, uint8_t port);
 
 /*
- * sup 0-4, queue 0-3.  On the alder and larch platforms a queue of 2 is stored as 1.  Looks at the
- * platform word, so it pins it.
+ * sup 0-4, queue 0-3.  On the alder and larch platforms a queue of 2 is stored as 1; for a queue
+ * of 2 the platform word is looked at, and so pinned.
  */
 RUK_EXPORT uint32_t if_index_inband_port_init(IfIndex *out, uint8_t sup, uint8_t queue);
 

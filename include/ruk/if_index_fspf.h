@@ -26,7 +26,8 @@ RUK_EXPORT uint32_t convert_if_index_to_fspf_if_index(IfIndex value, uint32_t *f
 
 /*
  * Store the IfIndex of an FSPF number in network byte order.  Numbers out of their range are
- * IF_INDEX_BAD_ARGUMENT; channel and tunnel numbers are cut to 8 bits first.  *value is left
+ * IF_INDEX_BAD_ARGUMENT; port_channel and fcip numbers are cut to 8 bits first, a
+ * vfc's channel is not.  *value is left
  * untouched on failure, and for an unknown kind: in the 16-bit form that is IF_INDEX_OK, in the
  * 32-bit form IF_INDEX_UNKNOWN_TYPE.
  */

@@ -9,6 +9,10 @@
  * IF_INDEX_BAD_ARGUMENT for arguments of different types, a type without ranges, members that are
  * not of one range, and a step past the last member.  The output is then left untouched (a count is
  * 0).
+ *
+ * A number within the range that the type's constructor refuses (fcip and fcmpls_tnnl above 255, tk
+ * 16383, vlan 0 and 4095, overlay above 65503, a veth port above 1048575) is IF_INDEX_OK with the
+ * output left untouched: give it a value beforehand.
  */
 #ifndef RUK_IF_INDEX_RANGE_H
 #define RUK_IF_INDEX_RANGE_H

@@ -4,15 +4,16 @@
  * Conventions of the whole interface index library:
  *   - Values are in host byte order (ruk/if_index_fspf.h tells the exceptions).
  *   - A function that returns uint32_t and has an output returns an error code, and leaves its
- *     outputs untouched unless that is IF_INDEX_OK.  A predicate returns int32_t: 1 or 0.
+ *     outputs untouched unless that is IF_INDEX_OK or its comment says otherwise.  A predicate
+ *     returns int32_t: 1 or 0.
  *   - Slots, ports and all other numbers count from zero, as they are stored; only the _cli_init
  *     functions of ruk/if_index_cli.h take the numbers that a user types.
  *   - Outputs must not be null unless the comment says otherwise.
- *   - "The type check" is if_index_get_type.  Whatever takes a typed value runs it first and
- * returns its IF_INDEX_UNKNOWN_TYPE; a known type that a function does not handle is
+ *   - "The type check" is if_index_get_type.  Whatever takes a typed value runs it first and gives
+ *     back its IF_INDEX_UNKNOWN_TYPE; a known type that a function does not handle is
  *     IF_INDEX_WRONG_TYPE.
- *   - All are pure functions but those that touch the platform word below, and the few whose
- * comments say that they look at it.  All are safe from any thread.
+ *   - All are pure functions but those that touch the platform word below, and the few that say
+ *     that they look at it.  All are safe from any thread.
  */
 #ifndef RUK_IF_INDEX_TYPES_H
 #define RUK_IF_INDEX_TYPES_H
@@ -173,7 +174,10 @@ RUK_EXPORT int32_t if_index_is_port_channel_sub_interface(IfIndex value);
 /* Stores the highest channel number, 4095 for both types of port-channel. */
 RUK_EXPORT uint32_t if_index_get_max_channel_id_for_ifindex(IfIndex value, uint16_t *max);
 
-/* --- Predicates.  All but the last compare bits 24-30 and need no known type. --- */
+/*
+ * --- Predicates.  Those that take a value, but for the last, compare bits 24-30 and need no known
+ * type. ---
+ */
 
 RUK_EXPORT int32_t if_index_is_satellite_interface(IfIndex value);
 RUK_EXPORT int32_t if_index_is_tunnel_intf(IfIndex value);

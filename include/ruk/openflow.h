@@ -3,8 +3,8 @@
  * to standard output.
  *
  * Messages are those of OpenFlow 1.0.0 (wire protocol 0x01), as received: multi-byte fields in
- * network byte order, at any address, aligned or not.  Section numbers below are those of the
- * OpenFlow Switch Specification, version 1.0.0.
+ * network byte order, at any address, aligned or not.  Section numbers below are those of
+ * its text.
  *
  * Every function returns 0.  No state: safe from any thread, though lines of two threads may mix.
  */

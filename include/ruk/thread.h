@@ -3,7 +3,8 @@
  *
  * Results are error numbers: 0, or what the thread library returned; 22 (EINVAL) for a required
  * pointer that is null; 12 (ENOMEM) when an object can't be allocated.  A failed create leaves
- * its out-pointer null, a failed destroy leaves the object as it was.  Failures are reported on
+ * its out-pointer null, one refused for its arguments leaves it untouched; a failed destroy leaves
+ * the object as it was.  Failures are reported on
  * standard output as the bits of kt_debug_print_ktdpa_thread allow: 0x80 the classed messages,
  * 0x10 the lock, wait and cancel trace, 0x01 the plain messages of ktdpa_thread_create.
  */
@@ -57,7 +58,10 @@ RUK_EXPORT int32_t ktdpa_cond_wait(ktdpa_cond *condition, ktdpa_mutex *mutex);
 RUK_EXPORT int32_t ktdpa_cond_timedwait(ktdpa_cond *condition, ktdpa_mutex *mutex,
                                         const struct timespec *deadline);
 
-/* Names the calling thread with the first 15 characters of name.  Returns prctl's result. */
+/*
+ * Names the calling thread with the first 15 characters of name; NULL is the empty name, here and
+ * where a thread is created.  Returns prctl's result.
+ */
 RUK_EXPORT int32_t ktdpa_set_thread_name(const char *name);
 
 /*

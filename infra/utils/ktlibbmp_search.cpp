@@ -118,7 +118,8 @@ inline int32_t next_run(const bitset *b, bitset_range *range, const target &want
                         const target &other)
 {
     const uint32_t numbits = bitset_numbits(b);
-    // Unsigned, so that a negative upper ends the enumeration as well.
+    // Unsigned, so that a negative upper ends the enumeration as well (but in an empty set, where
+    // numbits - 2 wraps).
     if (static_cast<uint32_t>(range->upper) >= numbits - 2) {
         return -1;
     }

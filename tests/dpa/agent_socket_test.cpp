@@ -163,20 +163,20 @@ TEST_F(AgentSocket, init_says_why_nothing_opened)
         uint32_t word;
         std::string expected;
     } const rows[] = {
-        {Call::open_socket, EMFILE, 0x87, "kt_platform_open: Error opening local socket\n"     },
-        {Call::open_socket, EMFILE, 0x10, ""                                                   },
-        {Call::change_mode, EPERM,  0x87,
-         "kt_platform_open: Failed fchmod local socket err: 1 - Operation not permitted\n"     },
+        {Call::open_socket, EMFILE, 0x87, "kt_platform_open: Error opening local socket\n"},
+        {Call::open_socket, EMFILE, 0x10, ""},
+        {Call::change_mode, EPERM, 0x87,
+         "kt_platform_open: Failed fchmod local socket err: 1 - Operation not permitted\n"},
         {Call::change_mode, EACCES, 0xef,
-         "kt_platform_open: Failed fchmod local socket err: 13 - Permission denied\n"          },
-        {Call::change_mode, EPERM,  0x10, k_connecting                                         },
-        {Call::allocate,    ENOMEM, 0x87,
+         "kt_platform_open: Failed fchmod local socket err: 13 - Permission denied\n"},
+        {Call::change_mode, EPERM, 0x10, k_connecting},
+        {Call::allocate, ENOMEM, 0x87,
          "DPATHREAD_MALLOC_ERR ktdpa_mutex_create: Failed to alloc mutex\n"
-         "kt_platform_open: Failed creating mutex\n"                                           },
-        {Call::mutex_init,  EAGAIN, 0x01,
+         "kt_platform_open: Failed creating mutex\n"},
+        {Call::mutex_init, EAGAIN, 0x01,
          "DPATHREAD_API_ERR ktdpa_mutex_create: Failed to init mutex. Err 11 \n"
-         "kt_platform_open: Failed creating mutex\n"                                           },
-        {Call::mutex_init,  EAGAIN, 0xfe,
+         "kt_platform_open: Failed creating mutex\n"},
+        {Call::mutex_init, EAGAIN, 0xfe,
          k_connecting + "DPATHREAD_API_ERR ktdpa_mutex_create: Failed to init mutex. Err 11 \n"},
     };
     const Listener listener(k_agent_path);
@@ -204,11 +204,11 @@ TEST_F(AgentSocket, init_without_an_agent_reports_the_connect)
         std::string absent;  // no socket on the path
         std::string refused; // a socket on which nobody listens
     } const rows[] = {
-        {0x87, k_absent,                k_refused               },
-        {0x01, k_absent,                k_refused               },
-        {0x10, k_connecting,            k_connecting            },
+        {0x87, k_absent, k_refused},
+        {0x01, k_absent, k_refused},
+        {0x10, k_connecting, k_connecting},
         {0x11, k_connecting + k_absent, k_connecting + k_refused},
-        {0xee, "",                      ""                      },
+        {0xee, "", ""},
     };
     const int dead = socket(AF_UNIX, SOCK_STREAM, 0);
     for (const auto &row : rows) {

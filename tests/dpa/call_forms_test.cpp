@@ -55,47 +55,51 @@ struct Client {
 
 const Client k_clients[] = {
     {
-     .prefix = "kt_dpa_call_indirect",
-     .socket_path = "/var/tmp/brelovs_api_socket",
-     .version = 348,
-     .simple = kt_dpa_call_indirect_simple,
-     .indirect1 = kt_dpa_call_indirect1,
-     .indirect2 = kt_dpa_call_indirect2,
-     .word = &kt_debug_print_ktdpa_indirect,
-     .open = kt_dpa_api_init,
-     .close = kt_dpa_api_exit,
-     .simple_announcement = "kt_dpa_call_indirect_simple: Generating ioctl() for opcode 63\n",
-     .indirect1_announcement = "kt_dpa_call_indirect1: Generating ioctl() for opcode 63\n",
-     .indirect2_announcement = "kt_dpa_call_indirect2: Generating ioctl() for opcode 63\n",
-     .no_count = "dpa/userspace/ktdpa_indirect/134: Failed, opcode 63\n",
-     .no_count1 = "dpa/userspace/ktdpa_indirect/190: Failed, opcode 63\n",
-     .no_count2 = "dpa/userspace/ktdpa_indirect/204: Failed, opcode 63\n",
-     .simple_failure_bit = 0x10,
-     .simple_failure = "dpa/userspace/ktdpa_indirect/105: Failed\n",
-     .indirect1_failure = "dpa/userspace/ktdpa_indirect/152: Failed: -1, opcode 63\n"
-                             "di status 1\n", .indirect2_failure = "dpa/userspace/ktdpa_indirect/217: Failed, opcode 63\n"
-                             "di status 1\n", },
+        .prefix = "kt_dpa_call_indirect",
+        .socket_path = "/var/tmp/brelovs_api_socket",
+        .version = 348,
+        .simple = kt_dpa_call_indirect_simple,
+        .indirect1 = kt_dpa_call_indirect1,
+        .indirect2 = kt_dpa_call_indirect2,
+        .word = &kt_debug_print_ktdpa_indirect,
+        .open = kt_dpa_api_init,
+        .close = kt_dpa_api_exit,
+        .simple_announcement = "kt_dpa_call_indirect_simple: Generating ioctl() for opcode 63\n",
+        .indirect1_announcement = "kt_dpa_call_indirect1: Generating ioctl() for opcode 63\n",
+        .indirect2_announcement = "kt_dpa_call_indirect2: Generating ioctl() for opcode 63\n",
+        .no_count = "dpa/userspace/ktdpa_indirect/134: Failed, opcode 63\n",
+        .no_count1 = "dpa/userspace/ktdpa_indirect/190: Failed, opcode 63\n",
+        .no_count2 = "dpa/userspace/ktdpa_indirect/204: Failed, opcode 63\n",
+        .simple_failure_bit = 0x10,
+        .simple_failure = "dpa/userspace/ktdpa_indirect/105: Failed\n",
+        .indirect1_failure = "dpa/userspace/ktdpa_indirect/152: Failed: -1, opcode 63\n"
+                             "di status 1\n",
+        .indirect2_failure = "dpa/userspace/ktdpa_indirect/217: Failed, opcode 63\n"
+                             "di status 1\n",
+    },
     {
-     .prefix = "kt_rukcmd_call_indirect",
-     .socket_path = "/var/tmp/ktrukcmd_api_socket",
-     .version = 2,
-     .simple = kt_rukcmd_call_indirect_simple,
-     .indirect1 = kt_rukcmd_call_indirect1,
-     .indirect2 = kt_rukcmd_call_indirect2,
-     .word = &kt_debug_print_ktrukcmd_indirect,
-     .open = dpa_platform_open,
-     .close = dpa_platform_close,
-     .simple_announcement = "",
-     .indirect1_announcement = "",
-     .indirect2_announcement = "",
-     .no_count = "dpa/command/ktrukcmd_indirect/321: Failed, opcode 63\n",
-     .no_count1 = "dpa/command/ktrukcmd_indirect/368: Failed, opcode 63\n",
-     .no_count2 = "dpa/command/ktrukcmd_indirect/382: Failed, opcode 63\n",
-     .simple_failure_bit = 0x01,
-     .simple_failure = "dpa/command/ktrukcmd_indirect/294: Failed\n",
-     .indirect1_failure = "dpa/command/ktrukcmd_indirect/339: Failed: -1, opcode 63\n"
-                             "di status 1\n",              .indirect2_failure = "dpa/command/ktrukcmd_indirect/395: Failed, opcode 63\n"
-                             "di status 1\n", },
+        .prefix = "kt_rukcmd_call_indirect",
+        .socket_path = "/var/tmp/ktrukcmd_api_socket",
+        .version = 2,
+        .simple = kt_rukcmd_call_indirect_simple,
+        .indirect1 = kt_rukcmd_call_indirect1,
+        .indirect2 = kt_rukcmd_call_indirect2,
+        .word = &kt_debug_print_ktrukcmd_indirect,
+        .open = dpa_platform_open,
+        .close = dpa_platform_close,
+        .simple_announcement = "",
+        .indirect1_announcement = "",
+        .indirect2_announcement = "",
+        .no_count = "dpa/command/ktrukcmd_indirect/321: Failed, opcode 63\n",
+        .no_count1 = "dpa/command/ktrukcmd_indirect/368: Failed, opcode 63\n",
+        .no_count2 = "dpa/command/ktrukcmd_indirect/382: Failed, opcode 63\n",
+        .simple_failure_bit = 0x01,
+        .simple_failure = "dpa/command/ktrukcmd_indirect/294: Failed\n",
+        .indirect1_failure = "dpa/command/ktrukcmd_indirect/339: Failed: -1, opcode 63\n"
+                             "di status 1\n",
+        .indirect2_failure = "dpa/command/ktrukcmd_indirect/395: Failed, opcode 63\n"
+                             "di status 1\n",
+    },
 };
 
 // Runs the tests for one client after the other, each on a connection of its own.
@@ -183,11 +187,8 @@ TEST_F(CallForms, indirect1_counts_only_with_flag_0x04)
         uint32_t elements1, esize1;
         size_t length1;
     } const rows[] = {
-        {0x01, true,  0,  0, 8 },
-        {0x03, false, 0,  0, 8 },
-        {0xf3, true,  0,  0, 8 },
-        {0x04, true,  10, 1, 18},
-        {0x07, true,  10, 1, 18},
+        {0x01, true, 0, 0, 8},   {0x03, false, 0, 0, 8},  {0xf3, true, 0, 0, 8},
+        {0x04, true, 10, 1, 18}, {0x07, true, 10, 1, 18},
     };
     with_each([&](const Client &client, const Peer &peer) {
         for (const auto &row : rows) {
@@ -225,15 +226,11 @@ TEST_F(CallForms, indirect2_exchanges_buffer_2_only_with_flag_0x08)
         uint32_t elements1, elements2, esize;
         size_t length1, length2;
     } const rows[] = {
-        {0x01, 8, 4, true,  0, 0, 0, 8,  0},
-        {0x01, 8, 4, false, 0, 0, 0, 8,  0},
-        {0x09, 8, 4, false, 0, 0, 0, 8,  4},
-        {0x08, 8, 4, true,  0, 0, 0, 8,  4},
-        {0x08, 0, 4, true,  0, 0, 0, 0,  4},
-        {0x04, 8, 0, true,  3, 5, 1, 11, 0},
-        {0x0c, 8, 0, true,  3, 5, 1, 11, 5},
-        {0x0c, 8, 4, true,  3, 5, 1, 11, 9},
-        {0xff, 0, 0, true,  3, 5, 1, 3,  5},
+        {0x01, 8, 4, true, 0, 0, 0, 8, 0},  {0x01, 8, 4, false, 0, 0, 0, 8, 0},
+        {0x09, 8, 4, false, 0, 0, 0, 8, 4}, {0x08, 8, 4, true, 0, 0, 0, 8, 4},
+        {0x08, 0, 4, true, 0, 0, 0, 0, 4},  {0x04, 8, 0, true, 3, 5, 1, 11, 0},
+        {0x0c, 8, 0, true, 3, 5, 1, 11, 5}, {0x0c, 8, 4, true, 3, 5, 1, 11, 9},
+        {0xff, 0, 0, true, 3, 5, 1, 3, 5},
     };
     with_each([&](const Client &client, const Peer &peer) {
         for (const auto &row : rows) {
@@ -338,9 +335,9 @@ TEST_F(CallForms, refuse_a_missing_count_and_send_nothing)
             std::string expected;
         } const rows[] = {
             {[&] { return client.indirect1(63, 0, 0x04, buffer, 4, nullptr); },
-             client.indirect1_announcement + client.no_count },
+             client.indirect1_announcement + client.no_count},
             {[&] { return client.indirect1(63, 0, 0xff, nullptr, 0, nullptr); },
-             client.indirect1_announcement + client.no_count },
+             client.indirect1_announcement + client.no_count},
             {[&] { return client.indirect2(63, 0, 0x04, buffer, 4, nullptr, buffer, 4, &count); },
              client.indirect2_announcement + client.no_count1},
             {[&] { return client.indirect2(63, 0, 0x0c, buffer, 4, nullptr, buffer, 4, nullptr); },
@@ -397,19 +394,19 @@ TEST_F(CallForms, report_a_failed_exchange)
             uint32_t word;
             std::string expected;
         } const rows[] = {
-            {simple,    0x87, connect + (is_agent ? "" : client.simple_failure)                  },
-            {simple,    0x10,
+            {simple, 0x87, connect + (is_agent ? "" : client.simple_failure)},
+            {simple, 0x10,
              client.simple_announcement + quiet_connect + (is_agent ? client.simple_failure : "")},
-            {simple,    0x97, client.simple_announcement + connect + client.simple_failure       },
-            {simple,    0xee, quiet_connect                                                      },
-            {indirect1, 0x87, connect                                                            },
+            {simple, 0x97, client.simple_announcement + connect + client.simple_failure},
+            {simple, 0xee, quiet_connect},
+            {indirect1, 0x87, connect},
             {indirect1, 0x10,
-             client.indirect1_announcement + quiet_connect + client.indirect1_failure            },
-            {indirect1, 0xee, quiet_connect                                                      },
-            {indirect2, 0x87, connect                                                            },
+             client.indirect1_announcement + quiet_connect + client.indirect1_failure},
+            {indirect1, 0xee, quiet_connect},
+            {indirect2, 0x87, connect},
             {indirect2, 0x10,
-             client.indirect2_announcement + quiet_connect + client.indirect2_failure            },
-            {indirect2, 0xee, quiet_connect                                                      },
+             client.indirect2_announcement + quiet_connect + client.indirect2_failure},
+            {indirect2, 0xee, quiet_connect},
         };
         for (const auto &row : rows) {
             SCOPED_TRACE(&row - rows);

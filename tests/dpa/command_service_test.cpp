@@ -69,10 +69,7 @@ std::string reply(int32_t status)
 
 TEST_F(CommandService, the_first_call_connects)
 {
-    ScriptedAgent service(ruk_test::replies({
-                              {.status = 3, .payload = "ABCD"},
-                              {.status = 4          }
-    }),
+    ScriptedAgent service(ruk_test::replies({{.status = 3, .payload = "ABCD"}, {.status = 4}}),
                           k_command_path);
     const WordSetting word(kt_debug_print_ktrukcmd_indirect, 0x97);
     char buffer[] = "abcd";
@@ -137,13 +134,13 @@ TEST_F(CommandService, open_says_why_it_failed)
         bool exists; // the socket, without anybody who listens
         std::string expected;
     } const rows[] = {
-        {0x87, true,  false, k_absent                                         },
-        {0x01, true,  false, k_absent                                         },
-        {0xfe, true,  false, ""                                               },
+        {0x87, true, false, k_absent},
+        {0x01, true, false, k_absent},
+        {0xfe, true, false, ""},
         {0x87, false, false, "dpa_platform_open: Error opening local socket\n"},
-        {0xfe, false, false, ""                                               },
-        {0x87, true,  true,  k_refused                                        },
-        {0xfe, true,  true,  ""                                               },
+        {0xfe, false, false, ""},
+        {0x87, true, true, k_refused},
+        {0xfe, true, true, ""},
     };
     const int descriptors = ruk_test::open_descriptors();
     for (const auto &row : rows) {

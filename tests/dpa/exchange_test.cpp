@@ -39,8 +39,8 @@ struct Client {
 };
 
 const Client k_clients[] = {
-    {"kt_dpa_socket_api",    kt_dpa_socket_api,    &kt_debug_print_brel_dpa_api,      0x10, false},
-    {"kt_rukcmd_socket_api", kt_rukcmd_socket_api, &kt_debug_print_ktrukcmd_indirect, 0x01, true },
+    {"kt_dpa_socket_api", kt_dpa_socket_api, &kt_debug_print_brel_dpa_api, 0x10, false},
+    {"kt_rukcmd_socket_api", kt_rukcmd_socket_api, &kt_debug_print_ktrukcmd_indirect, 0x01, true},
 };
 
 // A caller's buffer of exactly so many bytes: a sanitizer sees the first one outside.
@@ -162,22 +162,22 @@ TEST(exchange, moves_the_bytes_that_sizes_and_flags_tell)
         uint32_t bsize2, elements2, esize2;
         uint32_t length1, length2;
     } const rows[] = {
-        {0x01, 0,  0,          0,          0,   0,          0,          0,    0   },
-        {0x01, 4,  0,          0,          0,   0,          0,          4,    0   },
-        {0x01, 4,  0,          0,          100, 0,          0,          4,    0   },
-        {0x01, 4,  0,          0,          100, 7,          3,          4,    0   },
-        {0x04, 8,  10,         1,          0,   0,          0,          18,   0   },
-        {0x00, 8,  10,         1,          0,   0,          0,          18,   0   },
-        {0x03, 8,  10,         3,          0,   0,          0,          38,   0   },
-        {0x08, 0,  0,          0,          5,   0,          0,          0,    5   },
-        {0x08, 3,  0,          0,          0,   0,          0,          3,    0   },
-        {0x08, 3,  0,          0,          2,   4,          5,          3,    22  },
-        {0x0c, 8,  3,          1,          0,   5,          1,          11,   5   },
-        {0xff, 1,  1,          1,          1,   1,          1,          2,    2   },
-        {0xf7, 1,  1,          1,          1,   1,          1,          2,    0   },
-        {0x08, 40, 100,        40,         8,   50,         40,         4040, 2008},
-        {0x08, 4,  0x00010000, 0x00010000, 6,   0x80000000, 2,          4,    6   },
-        {0x08, 12, 0xffffffff, 4,          9,   3,          0xfffffffe, 8,    3   },
+        {0x01, 0, 0, 0, 0, 0, 0, 0, 0},
+        {0x01, 4, 0, 0, 0, 0, 0, 4, 0},
+        {0x01, 4, 0, 0, 100, 0, 0, 4, 0},
+        {0x01, 4, 0, 0, 100, 7, 3, 4, 0},
+        {0x04, 8, 10, 1, 0, 0, 0, 18, 0},
+        {0x00, 8, 10, 1, 0, 0, 0, 18, 0},
+        {0x03, 8, 10, 3, 0, 0, 0, 38, 0},
+        {0x08, 0, 0, 0, 5, 0, 0, 0, 5},
+        {0x08, 3, 0, 0, 0, 0, 0, 3, 0},
+        {0x08, 3, 0, 0, 2, 4, 5, 3, 22},
+        {0x0c, 8, 3, 1, 0, 5, 1, 11, 5},
+        {0xff, 1, 1, 1, 1, 1, 1, 2, 2},
+        {0xf7, 1, 1, 1, 1, 1, 1, 2, 0},
+        {0x08, 40, 100, 40, 8, 50, 40, 4040, 2008},
+        {0x08, 4, 0x00010000, 0x00010000, 6, 0x80000000, 2, 4, 6},
+        {0x08, 12, 0xffffffff, 4, 9, 3, 0xfffffffe, 8, 3},
     };
     for (const Client &client : k_clients) {
         for (const auto &row : rows) {
@@ -256,9 +256,9 @@ TEST(exchange, sends_something_for_a_buffer_that_is_null_and_drops_its_answer)
         size_t buffer_at; // in the request
         std::string expected;
     } const rows[] = {
-        {nullptr,        nullptr,        0,      "abcdef"},
-        {nullptr,        buffer.start(), 56 + 6, "NOPQRS"},
-        {buffer.start(), nullptr,        56,     "ABCDEF"},
+        {nullptr, nullptr, 0, "abcdef"},
+        {nullptr, buffer.start(), 56 + 6, "NOPQRS"},
+        {buffer.start(), nullptr, 56, "ABCDEF"},
     };
     for (const Client &client : k_clients) {
         for (const auto &row : rows) {
@@ -289,10 +289,9 @@ TEST(exchange, allocates_for_the_reply_only_above_4096_bytes)
         uint32_t size; // of buffer 1
         int blocks;
     } const rows[] = {
-        {0,    1},
-        {4039, 1}, // 4095 bytes in all
-        {4040, 1}, // 4096
-        {4041, 2}, // 4097
+        {0, 1},    {4039, 1}, // 4095 bytes in all
+        {4040, 1},            // 4096
+        {4041, 2},            // 4097
         {9000, 2},
     };
     for (const Client &client : k_clients) {
@@ -323,14 +322,14 @@ TEST(exchange, stays_inside_every_block_when_lengths_wrap)
         size_t sent1, sent2;        // of the buffers
         std::string reply1, reply2; // what ends up in the buffers
     } const rows[] = {
-        {56,         0xffffffff, 0,          1, 1,  55, 0, 0, "a",        "b"   },
-        {56,         0xffffffd8, 0,          1, 1,  16, 0, 0, "a",        "b"   },
-        {56,         0xfffffff8, 16,         8, 16, 56, 8, 0, "ABCDEFGH", ""    },
-        {56,         4,          0xfffffffe, 4, 4,  56, 2, 0, "AB",       "bcde"},
-        {56,         4,          0xffffffff, 4, 4,  56, 3, 0, "ABC",      "bcde"},
-        {56,         0x80000000, 0x80000004, 4, 4,  56, 4, 0, "ABCD",     "bcde"},
-        {0xffffffe0, 48,         0,          8, 1,  16, 0, 0, "abcdefgh", "b"   },
-        {0xfffffff0, 8,          64,         8, 64, 56, 0, 0, "abcdefgh", ""    },
+        {56, 0xffffffff, 0, 1, 1, 55, 0, 0, "a", "b"},
+        {56, 0xffffffd8, 0, 1, 1, 16, 0, 0, "a", "b"},
+        {56, 0xfffffff8, 16, 8, 16, 56, 8, 0, "ABCDEFGH", ""},
+        {56, 4, 0xfffffffe, 4, 4, 56, 2, 0, "AB", "bcde"},
+        {56, 4, 0xffffffff, 4, 4, 56, 3, 0, "ABC", "bcde"},
+        {56, 0x80000000, 0x80000004, 4, 4, 56, 4, 0, "ABCD", "bcde"},
+        {0xffffffe0, 48, 0, 8, 1, 16, 0, 0, "abcdefgh", "b"},
+        {0xfffffff0, 8, 64, 8, 64, 56, 0, 0, "abcdefgh", ""},
     };
     for (const Client &client : k_clients) {
         for (const auto &row : rows) {
@@ -385,11 +384,9 @@ TEST(exchange, takes_buffers_from_offset_56_whatever_header_length_it_sent)
         uint32_t header_length;
         std::string buffer; // afterwards; it was abcdefgh
     } const rows[] = {
-        {56, "ABCDEFGH"},
-        {64, "ABCDEFGH"}, // eight bytes more than a record has: zeros
-        {52, "ABCDefgh"}, // four bytes less: the reply ends four bytes early
-        {48, "abcdefgh"},
-        {8,  "abcdefgh"},
+        {56, "ABCDEFGH"}, {64, "ABCDEFGH"}, // eight bytes more than a record has: zeros
+        {52, "ABCDefgh"},                   // four bytes less: the reply ends four bytes early
+        {48, "abcdefgh"}, {8, "abcdefgh"},
     };
     for (const Client &client : k_clients) {
         for (const auto &row : rows) {
@@ -414,9 +411,9 @@ TEST(exchange, takes_buffers_from_offset_56_whatever_header_length_it_sent)
 TEST(exchange, believes_nothing_of_the_reply_header_but_the_status)
 {
     const Header claims[] = {
-        {.opcode = 9,  .version = 9, .flags1 = 0x0c, .flags2 = 9,    .ident = 9, .bsize1 = 0},
-        {.flags1 = 0xff, .bsize1 = 0xffffffff,             .bsize2 = 0xffffffff,              .ptr1 = "x",        .ptr2 = "x"},
-        {.elements1 = 1000, .elements2 = 1000,  .esize1 = 1000,   .esize2 = 1000},
+        {.opcode = 9, .version = 9, .flags1 = 0x0c, .flags2 = 9, .ident = 9, .bsize1 = 0},
+        {.flags1 = 0xff, .bsize1 = 0xffffffff, .bsize2 = 0xffffffff, .ptr1 = "x", .ptr2 = "x"},
+        {.elements1 = 1000, .elements2 = 1000, .esize1 = 1000, .esize2 = 1000},
     };
     for (const Client &client : k_clients) {
         for (const Header &claim : claims) {
@@ -469,12 +466,7 @@ TEST(exchange, puts_a_reply_together_from_pieces_of_any_size)
         uint32_t size; // small where the pieces are, since the socket holds only so many pieces
         size_t most;
     } const rows[] = {
-        {64,   1   },
-        {64,   7   },
-        {64,   56  },
-        {64,   119 },
-        {5000, 1000},
-        {5000, 4096},
+        {64, 1}, {64, 7}, {64, 56}, {64, 119}, {5000, 1000}, {5000, 4096},
     };
     for (const Client &client : k_clients) {
         for (const auto &row : rows) {
@@ -571,13 +563,13 @@ TEST(exchange, reports_a_failed_transfer_while_its_trace_is_on)
         std::string sent; // %s stands for the client
         std::string failure;
     } const rows[] = {
-        {Call::send_bytes, EPIPE,      1, "",   ": EOF writing more data -1\n" },
-        {Call::send_bytes, 0,          1, "",   ": EOF writing more data 0\n"  },
-        {Call::send_bytes, ECONNRESET, 2, "25", ": EOF writing more data -1\n" },
-        {Call::send_bytes, 0,          2, "25", ": EOF writing more data 0\n"  },
+        {Call::send_bytes, EPIPE, 1, "", ": EOF writing more data -1\n"},
+        {Call::send_bytes, 0, 1, "", ": EOF writing more data 0\n"},
+        {Call::send_bytes, ECONNRESET, 2, "25", ": EOF writing more data -1\n"},
+        {Call::send_bytes, 0, 2, "25", ": EOF writing more data 0\n"},
         {Call::read_bytes, ECONNRESET, 1, "50", ": EOF reading bytes back -1\n"},
-        {Call::read_bytes, EINTR,      2, "50", ": EOF reading bytes back -1\n"},
-        {Call::read_bytes, 0,          3, "50", ": EOF reading bytes back 0\n" },
+        {Call::read_bytes, EINTR, 2, "50", ": EOF reading bytes back -1\n"},
+        {Call::read_bytes, 0, 3, "50", ": EOF reading bytes back 0\n"},
     };
     for (const Client &client : k_clients) {
         for (const auto &row : rows) {
@@ -659,15 +651,15 @@ TEST(exchange, traces_each_write_while_bit_0x10_is_set)
             size_t most;
             std::string expected;
         } const rows[] = {
-            {0x87, 60, ""                                                                         },
-            {0xef, 60, ""                                                                         },
+            {0x87, 60, ""},
+            {0xef, 60, ""},
             {0x10, 60, announced + client.name + ": Sent (0) bytes, not (60), sending (60) more\n"},
             {0x97, 32,
              announced + client.name + ": Sent (0) bytes, not (60), sending (60) more\n" +
-                 client.name + ": Sent (32) bytes, not (60), sending (28) more\n"                 },
+                 client.name + ": Sent (32) bytes, not (60), sending (28) more\n"},
             {0x10, 59,
              announced + client.name + ": Sent (0) bytes, not (60), sending (60) more\n" +
-                 client.name + ": Sent (59) bytes, not (60), sending (1) more\n"                  },
+                 client.name + ": Sent (59) bytes, not (60), sending (1) more\n"},
         };
         for (const auto &row : rows) {
             const WordSetting word(*client.word, row.word);
@@ -712,10 +704,10 @@ TEST(exchange, sends_nothing_when_a_block_cannot_be_had)
         int nth; // of the blocks asked for
         std::string expected;
     } const rows[] = {
-        {4,    1, ": Failed allocating data\n"         },
-        {4040, 1, ": Failed allocating data\n"         },
+        {4, 1, ": Failed allocating data\n"},
+        {4040, 1, ": Failed allocating data\n"},
         {4041, 1, ": Failed allocating return buffer\n"},
-        {4041, 2, ": Failed allocating data\n"         },
+        {4041, 2, ": Failed allocating data\n"},
     };
     for (const Client &client : k_clients) {
         for (const auto &row : rows) {

@@ -189,11 +189,7 @@ TEST(ktpda_mutex_trylock, says_nothing_when_it_fails)
 {
     ktdpa_mutex *const mutex = new_mutex();
     ASSERT_EQ(ktdpa_mutex_lock(mutex), 0);
-    expect_with_words(
-        {
-            {0xff, ""}
-    },
-        16, [&] { return ktpda_mutex_trylock(mutex); });
+    expect_with_words({{0xff, ""}}, 16, [&] { return ktpda_mutex_trylock(mutex); });
     ASSERT_EQ(ktdpa_mutex_unlock(mutex), 0);
     EXPECT_EQ(ktdpa_mutex_destroy(mutex), 0);
 }
@@ -282,15 +278,15 @@ TEST(ktdpa_cond, reports_each_null_argument)
     using Function = int32_t (*)(ktdpa_cond *, ktdpa_mutex *);
     const std::pair<const char *, Function> functions[] = {
         {"ktdpa_cond_signal", ktdpa_cond_signal},
-        {"ktdpa_cond_wait",   ktdpa_cond_wait  },
+        {"ktdpa_cond_wait", ktdpa_cond_wait},
     };
     struct Row {
         ktdpa_cond *condition;
         ktdpa_mutex *mutex;
     } const rows[] = {
-        {nullptr,   mutex  },
+        {nullptr, mutex},
         {condition, nullptr},
-        {nullptr,   nullptr},
+        {nullptr, nullptr},
     };
     for (const auto &row : rows) {
         SCOPED_TRACE(&row - rows);

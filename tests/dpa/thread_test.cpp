@@ -56,13 +56,13 @@ TEST(thread_layer, starts_with_the_default_trace_word)
 TEST(ktdpa_set_thread_name, cuts_at_15_characters)
 {
     const std::pair<std::string, std::string> rows[] = {
-        {"",                     ""                 },
-        {"a",                    "a"                },
-        {"fourteen_chars",       "fourteen_chars"   },
-        {"fifteen_letters",      "fifteen_letters"  },
-        {"sixteen_letters_",     "sixteen_letters"  },
-        {"12345678901234567890", "123456789012345"  },
-        {"with blank;%d\t\n",    "with blank;%d\t\n"},
+        {"", ""},
+        {"a", "a"},
+        {"fourteen_chars", "fourteen_chars"},
+        {"fifteen_letters", "fifteen_letters"},
+        {"sixteen_letters_", "sixteen_letters"},
+        {"12345678901234567890", "123456789012345"},
+        {"with blank;%d\t\n", "with blank;%d\t\n"},
     };
     const NameGuard guard;
     for (const auto &[name, expected] : rows) {
@@ -138,19 +138,13 @@ TEST(ktdpa_thread_create, reports_a_null_routine_after_naming)
     const std::string classed =
         "DPATHREAD_INV_PARAM ktdpa_thread_create: Invalid args: func (nil) \n";
     const std::string plain = "ktdpa_thread_create: Invalid arguments: func (nil)\n";
-    expect_with_words(
-        {
-            {0x87, classed + plain},
-            {0x80, classed        },
-            {0x01, plain          },
-            {0x7e, ""             }
-    },
-        22, [] {
-            ktdpa_set_thread_name("before");
-            const int32_t result = ktdpa_thread_create(nullptr, nullptr, "after");
-            EXPECT_EQ(own_name(), "after");
-            return result;
-        });
+    expect_with_words({{0x87, classed + plain}, {0x80, classed}, {0x01, plain}, {0x7e, ""}}, 22,
+                      [] {
+                          ktdpa_set_thread_name("before");
+                          const int32_t result = ktdpa_thread_create(nullptr, nullptr, "after");
+                          EXPECT_EQ(own_name(), "after");
+                          return result;
+                      });
 }
 
 TEST(ktdpa_thread_create, reports_missing_memory)
@@ -160,17 +154,11 @@ TEST(ktdpa_thread_create, reports_missing_memory)
     const std::string classed =
         "DPATHREAD_MALLOC_ERR ktdpa_thread_create: Failed to alloc thread struct.\n";
     const std::string plain = "ktdpa_thread_create: Failed to alloc thread struct\n";
-    expect_with_words(
-        {
-            {0x87, classed + plain},
-            {0x80, classed        },
-            {0x01, plain          },
-            {0x7e, ""             }
-    },
-        12, [] {
-            const Fault fault(Call::allocate, ENOMEM);
-            return ktdpa_thread_create(Worker::run, nullptr, "none");
-        });
+    expect_with_words({{0x87, classed + plain}, {0x80, classed}, {0x01, plain}, {0x7e, ""}}, 12,
+                      [] {
+                          const Fault fault(Call::allocate, ENOMEM);
+                          return ktdpa_thread_create(Worker::run, nullptr, "none");
+                      });
     EXPECT_EQ(blocks.allocated(), 0);
 }
 
@@ -181,17 +169,11 @@ TEST(ktdpa_thread_create, reports_a_thread_that_does_not_start)
     const std::string classed =
         "DPATHREAD_API_ERR ktdpa_thread_create: Failed to create thread. Err 11 \n";
     const std::string plain = "ktdpa_thread_create: Failed to create thread. Err 11 \n";
-    expect_with_words(
-        {
-            {0x87, classed + plain},
-            {0x80, classed        },
-            {0x01, plain          },
-            {0x7e, ""             }
-    },
-        11, [] {
-            const Fault fault(Call::thread_create, EAGAIN);
-            return ktdpa_thread_create(Worker::run, nullptr, "none");
-        });
+    expect_with_words({{0x87, classed + plain}, {0x80, classed}, {0x01, plain}, {0x7e, ""}}, 11,
+                      [] {
+                          const Fault fault(Call::thread_create, EAGAIN);
+                          return ktdpa_thread_create(Worker::run, nullptr, "none");
+                      });
     EXPECT_EQ(blocks.allocated(), 4);
     EXPECT_EQ(blocks.held(), 0);
 }
@@ -237,8 +219,8 @@ TEST(ktdpa_helper_thread_create, reports_each_null_argument_after_naming)
         std::string printed;
     } const rows[] = {
         {nowhere, Worker::run, message(nowhere, &Worker::run)},
-        {&thread, none,        message(&thread, none)        },
-        {nowhere, none,        message(nowhere, none)        },
+        {&thread, none, message(&thread, none)},
+        {nowhere, none, message(nowhere, none)},
     };
     for (const auto &row : rows) {
         expect_classed(row.printed, 22, [&] {
@@ -261,10 +243,10 @@ TEST(ktdpa_helper_thread_create, leaves_null_behind_on_failure)
         int error;
         std::string printed;
     } const rows[] = {
-        {Call::allocate,      ENOMEM,
+        {Call::allocate, ENOMEM,
          "DPATHREAD_MALLOC_ERR ktdpa_helper_thread_create: Failed to alloc thread struct.\n"},
         {Call::thread_create, EAGAIN,
-         "DPATHREAD_API_ERR ktdpa_helper_thread_create: Failed to create thread. Err 11 \n" },
+         "DPATHREAD_API_ERR ktdpa_helper_thread_create: Failed to create thread. Err 11 \n"},
     };
     for (const auto &row : rows) {
         expect_classed(row.printed, row.error, [&] {

@@ -45,26 +45,14 @@ inline void expect_with_words(std::initializer_list<WordRow> rows, int32_t resul
 inline void expect_classed(const std::string &message, int32_t result,
                            const std::function<int32_t()> &call)
 {
-    expect_with_words(
-        {
-            {0x87, message},
-            {0x80, message},
-            {0x7f, ""     }
-    },
-        result, call);
+    expect_with_words({{0x87, message}, {0x80, message}, {0x7f, ""}}, result, call);
 }
 
 // One message whose flag is 0x10.
 inline void expect_traced(const std::string &message, int32_t result,
                           const std::function<int32_t()> &call)
 {
-    expect_with_words(
-        {
-            {0x10, message},
-            {0xff, message},
-            {0xef, ""     }
-    },
-        result, call);
+    expect_with_words({{0x10, message}, {0xff, message}, {0xef, ""}}, result, call);
 }
 
 } // namespace ruk_test

@@ -16,31 +16,28 @@ struct forward_row {
 
 // Both ways of the 16-bit form, without loss.
 const forward_row k_rows16[] = {
-    {"fc3/6",         0x01105000, 0x05110000},
-    {"fc1/1",         0x01000000, 0x00100000},
-    {"last fc",       0x01FFF000, 0xFF1F0000},
-    {"first channel", 0x04000000, 0x00400000},
-    {"last channel",  0x040000FF, 0xFF400000},
-    {"first tunnel",  0x0A000000, 0x00A00000},
-    {"tunnel 255",    0x0A0000FF, 0xFFA00000},
+    {"fc3/6", 0x01105000, 0x05110000},        {"fc1/1", 0x01000000, 0x00100000},
+    {"last fc", 0x01FFF000, 0xFF1F0000},      {"first channel", 0x04000000, 0x00400000},
+    {"last channel", 0x040000FF, 0xFF400000}, {"first tunnel", 0x0A000000, 0x00A00000},
+    {"tunnel 255", 0x0A0000FF, 0xFFA00000},
 };
 
 // The same of the 32-bit form.
 const forward_row k_rows32[] = {
-    {"fc3/6",            0x01105000, 0x05020100},
-    {"last fc",          0x01FFF000, 0x7F1F0100},
-    {"first channel",    0x04000000, 0x00000400},
-    {"last channel",     0x040000FF, 0xFF000400},
-    {"tunnel 255",       0x0A0000FF, 0xFF000A00},
-    {"nalp",             0x10001234, 0x34121000},
-    {"last nalp",        0x1000FFFF, 0xFFFF1000},
-    {"zeff",             0x1300ABCD, 0xCDAB1300},
-    {"first vfc",        0x1E000000, 0x00001E00},
-    {"last vfc",         0x1E00FFFF, 0xFFFF1E00},
+    {"fc3/6", 0x01105000, 0x05020100},
+    {"last fc", 0x01FFF000, 0x7F1F0100},
+    {"first channel", 0x04000000, 0x00000400},
+    {"last channel", 0x040000FF, 0xFF000400},
+    {"tunnel 255", 0x0A0000FF, 0xFF000A00},
+    {"nalp", 0x10001234, 0x34121000},
+    {"last nalp", 0x1000FFFF, 0xFFFF1000},
+    {"zeff", 0x1300ABCD, 0xCDAB1300},
+    {"first vfc", 0x1E000000, 0x00001E00},
+    {"last vfc", 0x1E00FFFF, 0xFFFF1E00},
     {"vfc port-channel", 0x1E100007, 0x0700FB00},
     {"last vfc channel", 0x1E100FFF, 0xFF0FFB00},
-    {"vfc3/6",           0x1E210500, 0x0502FA00},
-    {"last vfc port",    0x1E2FFF00, 0x7F1FFA00},
+    {"vfc3/6", 0x1E210500, 0x0502FA00},
+    {"last vfc port", 0x1E2FFF00, 0x7F1FFA00},
 };
 
 using to_fspf = uint32_t (*)(IfIndex, uint32_t *);
@@ -94,10 +91,10 @@ TEST(convert_fspf32, goes_both_ways)
 TEST(convert_if_index_to_fspf16_if_index, drops_and_keeps)
 {
     const forward_row rows[] = {
-        {"a sub-interface is dropped",   0x01105FFF, 0x05110000},
-        {"a wildcard",                   0x81FFFFFF, 0xFF1F0000},
-        {"a subtype is dropped",         0x042ABC07, 0x07400000},
-        {"tunnel 256 is written whole",  0x0A000100, 0x00A10000},
+        {"a sub-interface is dropped", 0x01105FFF, 0x05110000},
+        {"a wildcard", 0x81FFFFFF, 0xFF1F0000},
+        {"a subtype is dropped", 0x042ABC07, 0x07400000},
+        {"tunnel 256 is written whole", 0x0A000100, 0x00A10000},
         {"tunnel 4095 is written whole", 0x0AFFFFFF, 0xFFAF0000},
     };
     for (const forward_row &row : rows) {
@@ -108,14 +105,14 @@ TEST(convert_if_index_to_fspf16_if_index, drops_and_keeps)
 TEST(convert_if_index_to_fspf_if_index, drops_and_keeps)
 {
     const forward_row rows[] = {
-        {"a sub-interface is dropped",   0x01105FFF, 0x05020100},
-        {"a subtype is dropped",         0x042ABC07, 0x07000400},
+        {"a sub-interface is dropped", 0x01105FFF, 0x05020100},
+        {"a subtype is dropped", 0x042ABC07, 0x07000400},
         {"tunnel 4095 is written whole", 0x0AFFFFFF, 0xFF0F0A00},
-        {"only the low half of nalp",    0x10FF1234, 0x34121000},
-        {"only the low half of zeff",    0x93FF1234, 0x34121300},
-        {"only the low half of a vfc",   0x1E0FABCD, 0xCDAB1E00},
-        {"only the channel of a vfc",    0x1E1FFFFF, 0xFF0FFB00},
-        {"only slot and port of a vfc",  0x1E2FFFFF, 0x7F1FFA00},
+        {"only the low half of nalp", 0x10FF1234, 0x34121000},
+        {"only the low half of zeff", 0x93FF1234, 0x34121300},
+        {"only the low half of a vfc", 0x1E0FABCD, 0xCDAB1E00},
+        {"only the channel of a vfc", 0x1E1FFFFF, 0xFF0FFB00},
+        {"only slot and port of a vfc", 0x1E2FFFFF, 0x7F1FFA00},
     };
     for (const forward_row &row : rows) {
         expect_forward(convert_if_index_to_fspf_if_index, row);
@@ -151,9 +148,9 @@ TEST(convert_fspf16_if_index_to_if_index, judges_and_cuts)
 {
     const backward_row rows[] = {
         {"a channel is cut to 8 bits", 0xFF4F0000, 0, 0x040000FF},
-        {"a tunnel is cut to 8 bits",  0x05A10000, 0, 0x0A000005},
-        {"the upper half is ignored",  0x0511FFFF, 0, 0x01105000},
-        {"the largest fc number",      0xFF1F0000, 0, 0x01FFF000},
+        {"a tunnel is cut to 8 bits", 0x05A10000, 0, 0x0A000005},
+        {"the upper half is ignored", 0x0511FFFF, 0, 0x01105000},
+        {"the largest fc number", 0xFF1F0000, 0, 0x01FFF000},
     };
     for (const backward_row &row : rows) {
         expect_backward(convert_fspf16_if_index_to_if_index, row);
@@ -174,17 +171,17 @@ TEST(convert_fspf16_if_index_to_if_index, says_nothing_about_unknown_kinds)
 TEST(convert_fspf_if_index_to_if_index, judges_and_cuts)
 {
     const backward_row rows[] = {
-        {"slot 32",                       0x00200100, 14, 0         },
-        {"slot 255",                      0x00FF0100, 14, 0         },
-        {"port 128",                      0x80000100, 14, 0         },
-        {"a channel is cut to 8 bits",    0x07010400, 0,  0x04000007},
-        {"a tunnel is cut to 8 bits",     0xFF0F0A00, 0,  0x0A0000FF},
-        {"vfc slot 32",                   0x0020FA00, 14, 0         },
-        {"vfc port 128",                  0x8000FA00, 14, 0         },
-        {"vfc channel 4096",              0x0010FB00, 14, 0         },
-        {"vfc channel 0xfffe",            0xFEFFFB00, 14, 0         },
-        {"vfc channel 0xffff wraps to 0", 0xFFFFFB00, 14, 0         },
-        {"the top byte is ignored",       0x050201FF, 0,  0x01105000},
+        {"slot 32", 0x00200100, 14, 0},
+        {"slot 255", 0x00FF0100, 14, 0},
+        {"port 128", 0x80000100, 14, 0},
+        {"a channel is cut to 8 bits", 0x07010400, 0, 0x04000007},
+        {"a tunnel is cut to 8 bits", 0xFF0F0A00, 0, 0x0A0000FF},
+        {"vfc slot 32", 0x0020FA00, 14, 0},
+        {"vfc port 128", 0x8000FA00, 14, 0},
+        {"vfc channel 4096", 0x0010FB00, 14, 0},
+        {"vfc channel 0xfffe", 0xFEFFFB00, 14, 0},
+        {"vfc channel 0xffff wraps to 0", 0xFFFFFB00, 14, 0},
+        {"the top byte is ignored", 0x050201FF, 0, 0x01105000},
     };
     for (const backward_row &row : rows) {
         expect_backward(convert_fspf_if_index_to_if_index, row);
@@ -221,12 +218,9 @@ TEST(convert_fspf, refuses_a_null_output_where_a_constructor_is_asked)
 TEST(ntoh_if_index, reverses_the_bytes)
 {
     const std::pair<uint32_t, uint32_t> rows[] = {
-        {0x01020304, 0x04030201},
-        {0,          0         },
-        {0xFFFFFFFF, 0xFFFFFFFF},
-        {0x000000FF, 0xFF000000},
-        {0xFF000000, 0xFF      },
-        {0x00FF0000, 0x0000FF00},
+        {0x01020304, 0x04030201}, {0, 0},
+        {0xFFFFFFFF, 0xFFFFFFFF}, {0x000000FF, 0xFF000000},
+        {0xFF000000, 0xFF},       {0x00FF0000, 0x0000FF00},
     };
     for (const auto &[word, reversed] : rows) {
         EXPECT_EQ(ntoh_if_index(word), reversed);

@@ -84,9 +84,9 @@ TEST(snprintf_if_index, takes_the_fixed_name_when_the_database_has_none)
 {
     const std::pair<int32_t, const char *> rows[] = {
         {IF_DB_FAILED, "bay7"},
-        {1,            "bay7"},
-        {-1,           "bay7"},
-        {IF_DB_OK,     ""    },
+        {1, "bay7"},
+        {-1, "bay7"},
+        {IF_DB_OK, ""},
     };
     for (const auto &[result, name] : rows) {
         answer(result, name);
@@ -122,12 +122,8 @@ TEST(ulx_interface_name_to_ifindex, asks_the_database_for_bays_and_extensions)
         const char *name;
         const char *asked;
     } const rows[] = {
-        {"bay3",             "bay3"          },
-        {"Bay 3/4",          "bay3"          },
-        {"bay",              "bay0"          },
-        {"EXT17",            "ext17"         },
-        {"external port 17", "ext17"         },
-        {"bay2147483648",    "bay-2147483648"},
+        {"bay3", "bay3"},   {"Bay 3/4", "bay3"},           {"bay", "bay0"},
+        {"EXT17", "ext17"}, {"external port 17", "ext17"}, {"bay2147483648", "bay-2147483648"},
     };
     for (const auto &row : rows) {
         SCOPED_TRACE(row.name);

@@ -234,11 +234,11 @@ struct form {
 };
 
 constexpr form k_long_forms[] = {
-    {"snprintf_if_index",        snprintf_if_index       },
+    {"snprintf_if_index", snprintf_if_index},
     {"snprintf_if_index_native", snprintf_if_index_native},
 };
 constexpr form k_short_forms[] = {
-    {"snprintf_if_index_short",        snprintf_if_index_short       },
+    {"snprintf_if_index_short", snprintf_if_index_short},
     {"snprintf_if_index_short_native", snprintf_if_index_short_native},
 };
 constexpr form k_internal_forms[] = {
@@ -339,6 +339,17 @@ TEST(snprintf_if_index, counts_without_a_buffer)
     EXPECT_EQ(snprintf_if_index_from_if_db(nullptr, 10, 0x01000000), 0);
 }
 
+TEST(snprintf_if_index, takes_any_size_below_one_for_no_room)
+{
+    for (const int32_t size : {0, -1, INT32_MIN}) {
+        char untouched = '#';
+        EXPECT_EQ(snprintf_if_index(&untouched, size, 0x1a000000), 11);
+        EXPECT_EQ(snprintf_if_index_short(&untouched, size, 0x1a000000), 6);
+        EXPECT_EQ(snprintf_if_index_internal(&untouched, size, 0x04100000), 10);
+        EXPECT_EQ(untouched, '#');
+    }
+}
+
 TEST(sprintf_if_index, cuts_at_thirty_two_bytes)
 {
     // No name is that long; the bound shows only in that the bytes behind stay.
@@ -377,26 +388,10 @@ TEST(snprintf_if_index_from_if_db, empties_the_buffer_and_finds_nothing)
 TEST(if_index_is_physical_interface, holds_for_physical_ports_that_are_no_sub_interfaces)
 {
     const std::pair<IfIndex, int32_t> rows[] = {
-        {0x01000000, 1},
-        {0x01fff000, 1},
-        {0x01000001, 0},
-        {0x01000800, 0},
-        {0x02000000, 1},
-        {0x02000001, 0},
-        {0x05000000, 1},
-        {0x05ffffff, 1},
-        {0x1a000000, 1},
-        {0x1afff000, 1},
-        {0x1a000fff, 0},
-        {0x1f000000, 1},
-        {0x1fffffc0, 1},
-        {0x1f000001, 0},
-        {0x1f00003f, 0},
-        {0x81000000, 1},
-        {0x9f000020, 0},
-        {0x00000000, 0},
-        {0x03000000, 0},
-        {0xfe000000, 0},
+        {0x01000000, 1}, {0x01fff000, 1}, {0x01000001, 0}, {0x01000800, 0}, {0x02000000, 1},
+        {0x02000001, 0}, {0x05000000, 1}, {0x05ffffff, 1}, {0x1a000000, 1}, {0x1afff000, 1},
+        {0x1a000fff, 0}, {0x1f000000, 1}, {0x1fffffc0, 1}, {0x1f000001, 0}, {0x1f00003f, 0},
+        {0x81000000, 1}, {0x9f000020, 0}, {0x00000000, 0}, {0x03000000, 0}, {0xfe000000, 0},
     };
     for (const auto &[value, expected] : rows) {
         EXPECT_EQ(if_index_is_physical_interface(value), expected) << std::hex << value;
@@ -412,13 +407,13 @@ TEST(if_index_is_physical_interface, holds_for_physical_ports_that_are_no_sub_in
 TEST(name_writer, writes_decimals_as_printf_does)
 {
     const std::pair<int32_t, const char *> rows[] = {
-        {0,           "0"          },
-        {9,           "9"          },
-        {10,          "10"         },
-        {-1,          "-1"         },
-        {2147483647,  "2147483647" },
+        {0, "0"},
+        {9, "9"},
+        {10, "10"},
+        {-1, "-1"},
+        {2147483647, "2147483647"},
         {-2147483647, "-2147483647"},
-        {INT32_MIN,   "-2147483648"},
+        {INT32_MIN, "-2147483648"},
     };
     for (const auto &[value, text] : rows) {
         expect_text_at_every_size(text, [value = value](char *buffer, int32_t size) {

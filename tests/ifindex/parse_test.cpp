@@ -306,21 +306,21 @@ TEST(ulx_interface_name_to_ifindex, lets_an_earlier_keyword_hide_a_longer_one)
 {
     const vdc_environment unset(nullptr);
     constexpr name_case rows[] = {
-        {"fcip2/5",             1, 0x01000000 | 1 << 19 | 4 << 12},
-        {"fc-tunnel2/5",        1, 0x01000000 | 1 << 19 | 4 << 12},
-        {"fcx2/5",              1, 0x01000000 | 1 << 19 | 4 << 12},
-        {"tunnel-te5",          1, 0x18010005                    },
-        {"vfc-veth10",          1, 0x1e000009                    },
-        {"vfc-port-channel8",   1, 0x1e000007                    },
-        {"vfc-port-channel2/3", 1, 0x1e200000 | 1 << 15 | 2 << 8 },
-        {"vethernet5",          1, 0x1c000040                    },
-        {"Vethernet5.7",        1, 0x1c000047                    },
-        {"extra3",              1, k_untouched                   },
-        {"san-port-channelx5",  1, 0x04000004                    },
-        {"ethernetx3/5",        1, 0x25000000 | 2 << 14 | 4 << 6 },
-        {"loopbacks 7",         1, 0xfe000007                    },
-        {"mgmt",                1, k_untouched                   },
-        {"nullx",               0, k_untouched                   },
+        {"fcip2/5", 1, 0x01000000 | 1 << 19 | 4 << 12},
+        {"fc-tunnel2/5", 1, 0x01000000 | 1 << 19 | 4 << 12},
+        {"fcx2/5", 1, 0x01000000 | 1 << 19 | 4 << 12},
+        {"tunnel-te5", 1, 0x18010005},
+        {"vfc-veth10", 1, 0x1e000009},
+        {"vfc-port-channel8", 1, 0x1e000007},
+        {"vfc-port-channel2/3", 1, 0x1e200000 | 1 << 15 | 2 << 8},
+        {"vethernet5", 1, 0x1c000040},
+        {"Vethernet5.7", 1, 0x1c000047},
+        {"extra3", 1, k_untouched},
+        {"san-port-channelx5", 1, 0x04000004},
+        {"ethernetx3/5", 1, 0x25000000 | 2 << 14 | 4 << 6},
+        {"loopbacks 7", 1, 0xfe000007},
+        {"mgmt", 1, k_untouched},
+        {"nullx", 0, k_untouched},
     };
     expect_parses(rows);
 }
@@ -328,15 +328,9 @@ TEST(ulx_interface_name_to_ifindex, lets_an_earlier_keyword_hide_a_longer_one)
 TEST(ulx_interface_name_to_ifindex, knows_the_null_interface_by_its_whole_name)
 {
     constexpr name_case rows[] = {
-        {"null0",   1, 0x17000000 },
-        {"NULL0",   1, 0x17000000 },
-        {"Null0",   1, 0x17000000 },
-        {"  nUlL0", 1, 0x17000000 },
-        {"null 0",  0, k_untouched},
-        {"null0 ",  0, k_untouched},
-        {"null00",  0, k_untouched},
-        {"null",    0, k_untouched},
-        {"\tnull0", 0, k_untouched},
+        {"null0", 1, 0x17000000},    {"NULL0", 1, 0x17000000},   {"Null0", 1, 0x17000000},
+        {"  nUlL0", 1, 0x17000000},  {"null 0", 0, k_untouched}, {"null0 ", 0, k_untouched},
+        {"null00", 0, k_untouched},  {"null", 0, k_untouched},   {"\tnull0", 0, k_untouched},
         {"null0/1", 0, k_untouched},
     };
     expect_parses(rows);
@@ -346,28 +340,28 @@ TEST(ulx_interface_name_to_ifindex, takes_anything_but_digits_between_the_number
 {
     const vdc_environment unset(nullptr);
     constexpr name_case rows[] = {
-        {"fc 2/5",            1, 0x01000000 | 1 << 19 | 4 << 12   },
-        {"fc2.5",             1, 0x01000000 | 1 << 19 | 4 << 12   },
-        {"fc2:5",             1, 0x01000000 | 1 << 19 | 4 << 12   },
-        {"fc2 5",             1, 0x01000000 | 1 << 19 | 4 << 12   },
-        {"fc2 / \t 5",        1, 0x01000000 | 1 << 19 | 4 << 12   },
-        {"fc2slot5port",      1, 0x01000000 | 1 << 19 | 4 << 12   },
-        {"fc-2/5",            1, 0x01000000 | 1 << 19 | 4 << 12   },
-        {"fc,2/5",            1, 0x01000000 | 1 << 19 | 4 << 12   },
-        {"fc 2 -/5",          1, 0x01000000 | 1 << 19 | 4 << 12   },
-        {"fc2/5/",            1, 0x01000000 | 1 << 19 | 4 << 12   },
-        {"fc2/5\xe2\x80\x93", 1, 0x01000000 | 1 << 19 | 4 << 12   },
-        {"fc00002/0005",      1, 0x01000000 | 1 << 19 | 4 << 12   },
-        {"fc2",               0, k_untouched                      },
-        {"fc2/5/7",           0, k_untouched                      },
-        {"fc",                0, k_untouched                      },
-        {"fc/",               0, k_untouched                      },
-        {"sup-fc",            1, 0x06081000                       },
-        {"sup-fc ()",         1, 0x06081000                       },
-        {"sup-fc0",           0, k_untouched                      },
-        {"Ethernet3/5.7",     1, 0x25000000 | 2 << 14 | 4 << 6 | 7},
-        {"port-channel5.10",  1, 0x04000000 | 10 << 8 | 4         },
-        {"10GigEther1",       0, k_untouched                      },
+        {"fc 2/5", 1, 0x01000000 | 1 << 19 | 4 << 12},
+        {"fc2.5", 1, 0x01000000 | 1 << 19 | 4 << 12},
+        {"fc2:5", 1, 0x01000000 | 1 << 19 | 4 << 12},
+        {"fc2 5", 1, 0x01000000 | 1 << 19 | 4 << 12},
+        {"fc2 / \t 5", 1, 0x01000000 | 1 << 19 | 4 << 12},
+        {"fc2slot5port", 1, 0x01000000 | 1 << 19 | 4 << 12},
+        {"fc-2/5", 1, 0x01000000 | 1 << 19 | 4 << 12},
+        {"fc,2/5", 1, 0x01000000 | 1 << 19 | 4 << 12},
+        {"fc 2 -/5", 1, 0x01000000 | 1 << 19 | 4 << 12},
+        {"fc2/5/", 1, 0x01000000 | 1 << 19 | 4 << 12},
+        {"fc2/5\xe2\x80\x93", 1, 0x01000000 | 1 << 19 | 4 << 12},
+        {"fc00002/0005", 1, 0x01000000 | 1 << 19 | 4 << 12},
+        {"fc2", 0, k_untouched},
+        {"fc2/5/7", 0, k_untouched},
+        {"fc", 0, k_untouched},
+        {"fc/", 0, k_untouched},
+        {"sup-fc", 1, 0x06081000},
+        {"sup-fc ()", 1, 0x06081000},
+        {"sup-fc0", 0, k_untouched},
+        {"Ethernet3/5.7", 1, 0x25000000 | 2 << 14 | 4 << 6 | 7},
+        {"port-channel5.10", 1, 0x04000000 | 10 << 8 | 4},
+        {"10GigEther1", 0, k_untouched},
     };
     expect_parses(rows);
 }
@@ -376,18 +370,18 @@ TEST(ulx_interface_name_to_ifindex, takes_the_first_interface_of_a_list_or_range
 {
     const vdc_environment unset(nullptr);
     constexpr name_case rows[] = {
-        {"ethernet1/5-7",   1, 0x25000000 | 4 << 6    },
-        {"ethernet1/5,1/7", 1, 0x25000000 | 4 << 6    },
-        {"ethernet1/5-",    1, 0x25000000 | 4 << 6    },
-        {"ethernet1/5,",    1, 0x25000000 | 4 << 6    },
+        {"ethernet1/5-7", 1, 0x25000000 | 4 << 6},
+        {"ethernet1/5,1/7", 1, 0x25000000 | 4 << 6},
+        {"ethernet1/5-", 1, 0x25000000 | 4 << 6},
+        {"ethernet1/5,", 1, 0x25000000 | 4 << 6},
         {"ethernet1/5 - 7", 1, 0x25000000 | 4 << 6 | 7},
-        {"ethernet1/5 -7",  1, 0x25000000 | 4 << 6    },
- // Only the character right before the digit tells: here it is a blank.
-        {"ethernet1/5, 7",  1, 0x25000000 | 4 << 6 | 7},
-        {"fc1/5, 1/7",      0, k_untouched            },
-        {"vlan10-20",       1, 0x0901000a             },
-        {"vlan10,20,30",    1, 0x0901000a             },
-        {"fc2-5",           0, k_untouched            },
+        {"ethernet1/5 -7", 1, 0x25000000 | 4 << 6},
+        // Only the character right before the digit tells: here it is a blank.
+        {"ethernet1/5, 7", 1, 0x25000000 | 4 << 6 | 7},
+        {"fc1/5, 1/7", 0, k_untouched},
+        {"vlan10-20", 1, 0x0901000a},
+        {"vlan10,20,30", 1, 0x0901000a},
+        {"fc2-5", 0, k_untouched},
     };
     expect_parses(rows);
 }
@@ -395,14 +389,14 @@ TEST(ulx_interface_name_to_ifindex, takes_the_first_interface_of_a_list_or_range
 TEST(ulx_interface_name_to_ifindex, reads_nine_numbers_and_refuses_a_tenth)
 {
     constexpr name_case rows[] = {
-        {"ethernet1/2/3/4/5/6/7/8/9",      1, 0x25000000 | 1 << 6},
-        {"ethernet1/2/3/4/5/6/7/8/9/",     1, 0x25000000 | 1 << 6},
-        {"ethernet1/2/3/4/5/6/7/8/9-10",   1, 0x25000000 | 1 << 6},
-        {"ethernet1/2/3/4/5/6/7/8/9/10",   0, k_untouched        },
-        {"ethernet1/2/3/4/5/6/7/8/9/10/1", 0, k_untouched        },
-        {"mgmt1/2/3/4/5/6/7/8/9",          1, k_untouched        },
-        {"mgmt1/2/3/4/5/6/7/8/9/10",       0, k_untouched        },
-        {"serial1/2/3/4/5/6/7/8/9/10",     0, k_untouched        },
+        {"ethernet1/2/3/4/5/6/7/8/9", 1, 0x25000000 | 1 << 6},
+        {"ethernet1/2/3/4/5/6/7/8/9/", 1, 0x25000000 | 1 << 6},
+        {"ethernet1/2/3/4/5/6/7/8/9-10", 1, 0x25000000 | 1 << 6},
+        {"ethernet1/2/3/4/5/6/7/8/9/10", 0, k_untouched},
+        {"ethernet1/2/3/4/5/6/7/8/9/10/1", 0, k_untouched},
+        {"mgmt1/2/3/4/5/6/7/8/9", 1, k_untouched},
+        {"mgmt1/2/3/4/5/6/7/8/9/10", 0, k_untouched},
+        {"serial1/2/3/4/5/6/7/8/9/10", 0, k_untouched},
     };
     expect_parses(rows);
 }
@@ -412,19 +406,19 @@ TEST(ulx_interface_name_to_ifindex, takes_the_low_bits_of_numbers_that_are_too_l
 {
     const vdc_environment unset(nullptr);
     constexpr name_case rows[] = {
-        {"vlan99999999999",          1, k_untouched                           }, // 0x4876e7ff
-        {"vlan4294967396",           1, 0x09010064                            }, // 2^32 + 100
-        {"vlan2147483648",           1, k_untouched                           }, // the lowest
-        {"vlan18446744073709551716", 1, k_untouched                           }, // 2^64 + 100, held: -1
-        {"veth4294967301",           1, 0x1c000040                            }, // 2^32 + 5
-        {"veth18446744073709551621", 0, k_untouched                           }, // 2^64 + 5, held: -1
-        {"veth9223372036854775807",  0, k_untouched                           }, // 2^63 - 1: -1
-        {"vfc-7",                    1, 0x1e000006                            },
-        {"fc4294967298/4294967301",  1, 0x01000000 | 1 << 19 | 4 << 12        },
- // 16 bits of the slot, 8 of the port.
-        {"vfc65538/259",             1, 0x1e200000 | 1 << 15 | 2 << 8         },
-        {"vfc65536/3",               1, k_untouched                           },
-        {"vfc259/65538/260",         1, 0x1e400000 | 2 << 10 | 1 << 8 | 3 << 2},
+        {"vlan99999999999", 1, k_untouched},          // 0x4876e7ff
+        {"vlan4294967396", 1, 0x09010064},            // 2^32 + 100
+        {"vlan2147483648", 1, k_untouched},           // the lowest
+        {"vlan18446744073709551716", 1, k_untouched}, // 2^64 + 100, held: -1
+        {"veth4294967301", 1, 0x1c000040},            // 2^32 + 5
+        {"veth18446744073709551621", 0, k_untouched}, // 2^64 + 5, held: -1
+        {"veth9223372036854775807", 0, k_untouched},  // 2^63 - 1: -1
+        {"vfc-7", 1, 0x1e000006},
+        {"fc4294967298/4294967301", 1, 0x01000000 | 1 << 19 | 4 << 12},
+        // 16 bits of the slot, 8 of the port.
+        {"vfc65538/259", 1, 0x1e200000 | 1 << 15 | 2 << 8},
+        {"vfc65536/3", 1, k_untouched},
+        {"vfc259/65538/260", 1, 0x1e400000 | 2 << 10 | 1 << 8 | 3 << 2},
     };
     expect_parses(rows);
 }
@@ -436,21 +430,21 @@ TEST(ulx_interface_name_to_ifindex, takes_the_device_context_from_the_environmen
         IfIndex vlan;
         IfIndex tunnel;
     } const rows[] = {
-        {nullptr,                0x09010064,  0x18010005 },
-        {"3",                    0x09030064,  0x18030005 },
-        {"0",                    0x09000064,  0x18000005 },
-        {"255",                  0x09ff0064,  0x18ff0005 },
-        {"256",                  k_untouched, k_untouched},
-        {"",                     0x09000064,  0x18000005 },
-        {"main",                 0x09000064,  0x18000005 },
-        {"0x10",                 0x09000064,  0x18000005 },
-        {" 7 of 9",              0x09070064,  0x18070005 },
-        {"+7",                   0x09070064,  0x18070005 },
-        {"-1",                   k_untouched, k_untouched},
- // The tunnel's is cut to 16 bits before it is judged, the VLAN's is not.
-        {"65539",                k_untouched, 0x18030005 },
-        {"-65533",               k_untouched, 0x18030005 },
-        {"4294967299",           0x09030064,  0x18030005 },
+        {nullptr, 0x09010064, 0x18010005},
+        {"3", 0x09030064, 0x18030005},
+        {"0", 0x09000064, 0x18000005},
+        {"255", 0x09ff0064, 0x18ff0005},
+        {"256", k_untouched, k_untouched},
+        {"", 0x09000064, 0x18000005},
+        {"main", 0x09000064, 0x18000005},
+        {"0x10", 0x09000064, 0x18000005},
+        {" 7 of 9", 0x09070064, 0x18070005},
+        {"+7", 0x09070064, 0x18070005},
+        {"-1", k_untouched, k_untouched},
+        // The tunnel's is cut to 16 bits before it is judged, the VLAN's is not.
+        {"65539", k_untouched, 0x18030005},
+        {"-65533", k_untouched, 0x18030005},
+        {"4294967299", 0x09030064, 0x18030005},
         {"99999999999999999999", k_untouched, k_untouched},
     };
     for (const auto &row : rows) {
@@ -506,54 +500,30 @@ TEST(ulx_interface_coordinates_to_ifindex, succeeds_without_a_value_for_refused_
 {
     const vdc_environment unset(nullptr);
     const coordinates_case rows[] = {
-        {1,  {0, 1},        1, k_untouched},
-        {1,  {33, 1},       1, k_untouched},
-        {1,  {1, 129},      1, k_untouched},
-        {1,  {-1, 1},       1, k_untouched},
-        {2,  {0, 1},        1, k_untouched},
-        {2,  {1, 1, 0},     1, 0x02000000 },
-        {2,  {1, 1, 4096},  1, k_untouched},
-        {3,  {4096},        1, k_untouched},
-        {4,  {33, 1},       1, k_untouched},
-        {5,  {257},         1, k_untouched},
-        {5,  {0},           1, k_untouched},
-        {5,  {1, 4096},     1, k_untouched},
-        {6,  {33, 1, 1},    1, k_untouched},
-        {6,  {31, 5, 10},   1, 0x08f8500a },
-        {6,  {30, 5, 10},   1, 0x08e8400a },
-        {7,  {256},         1, k_untouched},
-        {8,  {32},          1, k_untouched},
-        {9,  {1, 1, 16384}, 1, k_untouched},
-        {10, {33, 1},       1, k_untouched},
-        {11, {33, 1},       1, k_untouched},
-        {13, {256},         1, k_untouched},
-        {14, {1, 4, 0},     1, k_untouched},
-        {15, {1024},        1, k_untouched},
-        {16, {0},           1, k_untouched},
-        {16, {4095},        1, k_untouched},
-        {18, {33, 1},       1, k_untouched},
-        {21, {257},         1, k_untouched},
-        {22, {4097},        1, k_untouched},
-        {22, {4096, 4095},  1, 0x16ffffff },
-        {23, {65536},       1, k_untouched},
-        {27, {0},           1, k_untouched},
-        {28, {0},           1, k_untouched},
-        {28, {0, 1},        1, k_untouched},
-        {28, {1, 0},        1, k_untouched},
-        {28, {256, 1, 1},   1, k_untouched},
-        {29, {1, 3, 1},     1, k_untouched},
-        {30, {33, 1},       1, k_untouched},
-        {31, {65504},       1, k_untouched},
-        {32, {33, 1},       1, k_untouched},
-        {32, {1, 1, 16},    1, k_untouched},
-        {35, {65504},       1, k_untouched},
-        {36, {65504},       1, k_untouched},
-        {37, {32},          1, k_untouched},
-        {37, {1, 128},      1, k_untouched},
-        {39, {0},           1, k_untouched},
-        {40, {0},           1, k_untouched},
-        {40, {65536},       1, k_untouched},
-        {40, {65544},       1, 0x1e100007 },
+        {1, {0, 1}, 1, k_untouched},       {1, {33, 1}, 1, k_untouched},
+        {1, {1, 129}, 1, k_untouched},     {1, {-1, 1}, 1, k_untouched},
+        {2, {0, 1}, 1, k_untouched},       {2, {1, 1, 0}, 1, 0x02000000},
+        {2, {1, 1, 4096}, 1, k_untouched}, {3, {4096}, 1, k_untouched},
+        {4, {33, 1}, 1, k_untouched},      {5, {257}, 1, k_untouched},
+        {5, {0}, 1, k_untouched},          {5, {1, 4096}, 1, k_untouched},
+        {6, {33, 1, 1}, 1, k_untouched},   {6, {31, 5, 10}, 1, 0x08f8500a},
+        {6, {30, 5, 10}, 1, 0x08e8400a},   {7, {256}, 1, k_untouched},
+        {8, {32}, 1, k_untouched},         {9, {1, 1, 16384}, 1, k_untouched},
+        {10, {33, 1}, 1, k_untouched},     {11, {33, 1}, 1, k_untouched},
+        {13, {256}, 1, k_untouched},       {14, {1, 4, 0}, 1, k_untouched},
+        {15, {1024}, 1, k_untouched},      {16, {0}, 1, k_untouched},
+        {16, {4095}, 1, k_untouched},      {18, {33, 1}, 1, k_untouched},
+        {21, {257}, 1, k_untouched},       {22, {4097}, 1, k_untouched},
+        {22, {4096, 4095}, 1, 0x16ffffff}, {23, {65536}, 1, k_untouched},
+        {27, {0}, 1, k_untouched},         {28, {0}, 1, k_untouched},
+        {28, {0, 1}, 1, k_untouched},      {28, {1, 0}, 1, k_untouched},
+        {28, {256, 1, 1}, 1, k_untouched}, {29, {1, 3, 1}, 1, k_untouched},
+        {30, {33, 1}, 1, k_untouched},     {31, {65504}, 1, k_untouched},
+        {32, {33, 1}, 1, k_untouched},     {32, {1, 1, 16}, 1, k_untouched},
+        {35, {65504}, 1, k_untouched},     {36, {65504}, 1, k_untouched},
+        {37, {32}, 1, k_untouched},        {37, {1, 128}, 1, k_untouched},
+        {39, {0}, 1, k_untouched},         {40, {0}, 1, k_untouched},
+        {40, {65536}, 1, k_untouched},     {40, {65544}, 1, 0x1e100007},
     };
     for (const coordinates_case &row : rows) {
         expect_built(row);
@@ -563,22 +533,22 @@ TEST(ulx_interface_coordinates_to_ifindex, succeeds_without_a_value_for_refused_
 TEST(ulx_interface_coordinates_to_ifindex, fails_for_refused_numbers_of_three_kinds)
 {
     const coordinates_case rows[] = {
-        {24, {0, 1},      0, k_untouched               },
-        {24, {516, 1},    0, k_untouched               },
-        {24, {515, 1},    1, 0x25000000 | 514 << 14    },
-        {24, {1, 1, 64},  0, k_untouched               },
-        {24, {1, 1, 63},  1, 0x2500003f                },
- // No satellite chassis on this platform.
-        {24, {32, 1},     1, 0x25000000 | 31 << 14     },
+        {24, {0, 1}, 0, k_untouched},
+        {24, {516, 1}, 0, k_untouched},
+        {24, {515, 1}, 1, 0x25000000 | 514 << 14},
+        {24, {1, 1, 64}, 0, k_untouched},
+        {24, {1, 1, 63}, 1, 0x2500003f},
+        // No satellite chassis on this platform.
+        {24, {32, 1}, 1, 0x25000000 | 31 << 14},
         {24, {101, 1, 5}, 1, 0x25000000 | 100 << 14 | 5},
-        {33, {0},         0, k_untouched               },
-        {33, {1048577},   0, k_untouched               },
-        {33, {1048576},   1, 0x1cfffff0                },
-        {33, {1, 16},     0, k_untouched               },
-        {33, {-1},        0, k_untouched               },
-        {34, {0, 1},      0, k_untouched               },
-        {34, {516, 1},    0, k_untouched               },
-        {34, {1, 1, 64},  0, k_untouched               },
+        {33, {0}, 0, k_untouched},
+        {33, {1048577}, 0, k_untouched},
+        {33, {1048576}, 1, 0x1cfffff0},
+        {33, {1, 16}, 0, k_untouched},
+        {33, {-1}, 0, k_untouched},
+        {34, {0, 1}, 0, k_untouched},
+        {34, {516, 1}, 0, k_untouched},
+        {34, {1, 1, 64}, 0, k_untouched},
     };
     for (const coordinates_case &row : rows) {
         expect_built(row);
@@ -598,4 +568,21 @@ TEST(ulx_interface_coordinates_to_ifindex, guards_its_arguments)
     EXPECT_EQ(out, k_untouched);
     EXPECT_EQ(ulx_interface_coordinates_to_ifindex(12, nullptr, 0, &out), 1);
     EXPECT_EQ(out, 0x06081000u);
+}
+
+TEST(ulx_interface_coordinates_to_ifindex, takes_a_negative_count_for_a_wrong_one)
+{
+    // These take any count: the first two look a name up that nothing knows.
+    for (const int32_t kind : {19, 20, 8, 37}) {
+        SCOPED_TRACE(kind);
+        IfIndex value = k_untouched;
+        EXPECT_EQ(ulx_interface_coordinates_to_ifindex(kind, k_numbers, -1, &value), 1);
+        EXPECT_EQ(value, k_untouched);
+    }
+    for (const int32_t kind : {1, 2, 12, 24, 33}) {
+        SCOPED_TRACE(kind);
+        IfIndex value = k_untouched;
+        EXPECT_EQ(ulx_interface_coordinates_to_ifindex(kind, k_numbers, -1, &value), 0);
+        EXPECT_EQ(value, k_untouched);
+    }
 }

@@ -221,13 +221,13 @@ TEST(snprintf_if_index_range, gives_the_single_name_when_both_ends_are_equal)
         const char *long_name;
         const char *short_name;
     } const rows[] = {
-        {0x17000000, "Null0",           "Null0"     },
-        {0x0901000a, "Vlan10",          "Vlan10"    },
-        {0x1a000000, "Ethernet1/1",     "Eth1/1"    },
-        {0x05080000, "mgmt0 on slot 2", "mgmt0/2"   },
-        {0x22000000, "",                ""          },
-        {0x1e080005, "vfc6",            "Overlay5"  },
-        {0x26000001, "0x26000001",      "0x26000001"},
+        {0x17000000, "Null0", "Null0"},
+        {0x0901000a, "Vlan10", "Vlan10"},
+        {0x1a000000, "Ethernet1/1", "Eth1/1"},
+        {0x05080000, "mgmt0 on slot 2", "mgmt0/2"},
+        {0x22000000, "", ""},
+        {0x1e080005, "vfc6", "Overlay5"},
+        {0x26000001, "0x26000001", "0x26000001"},
     };
     for (const auto &row : rows) {
         const IfIndex pair[2] = {row.value, row.value};
@@ -252,15 +252,9 @@ TEST(snprintf_if_index_range, counts_a_name_without_a_suffix_twice)
 TEST(snprintf_if_index_range, leaves_the_buffer_alone_when_the_ends_differ_in_type)
 {
     const IfIndex pairs[][2] = {
-        {0x01000000, 0x02000000},
-        {0x04000000, 0x16000000},
-        {0x00000000, 0x00000000},
-        {0x03000000, 0x03000001},
-        {0x01000000, 0x00000000},
-        {0x00000000, 0x01000000},
-        {0xfe000000, 0xfe000001},
-        {0x4b000000, 0x4b000001},
-        {0xff000000, 0xff000000},
+        {0x01000000, 0x02000000}, {0x04000000, 0x16000000}, {0x00000000, 0x00000000},
+        {0x03000000, 0x03000001}, {0x01000000, 0x00000000}, {0x00000000, 0x01000000},
+        {0xfe000000, 0xfe000001}, {0x4b000000, 0x4b000001}, {0xff000000, 0xff000000},
     };
     for (const auto &pair : pairs) {
         guarded_buffer buffer;

@@ -32,45 +32,45 @@ TEST(if_index_error, has_the_codes_callers_know)
 TEST(if_index_type, has_the_codes_of_the_values)
 {
     const std::pair<int, int> rows[] = {
-        {IF_INDEX_TYPE_PHY_FC,           1  },
-        {IF_INDEX_TYPE_PHY_ETH,          2  },
-        {IF_INDEX_TYPE_PORT_CHANNEL,     4  },
-        {IF_INDEX_TYPE_MGMT_SUP,         5  },
-        {IF_INDEX_TYPE_INBAND,           6  },
-        {IF_INDEX_TYPE_EOBC,             7  },
-        {IF_INDEX_TYPE_VSAN,             8  },
-        {IF_INDEX_TYPE_VLAN,             9  },
-        {IF_INDEX_TYPE_FCIP,             10 },
-        {IF_INDEX_TYPE_ISCSI,            11 },
-        {IF_INDEX_TYPE_UMBRA,            12 },
-        {IF_INDEX_TYPE_XLPORT,           13 },
-        {IF_INDEX_TYPE_TK,               14 },
-        {IF_INDEX_TYPE_FCMPLS_TNNL,      15 },
-        {IF_INDEX_TYPE_NALP_VXE,         16 },
-        {IF_INDEX_TYPE_XGFC_IFC,         17 },
-        {IF_INDEX_TYPE_KIRO,             18 },
-        {IF_INDEX_TYPE_ZEFF_VXE,         19 },
-        {IF_INDEX_TYPE_DORSA,            20 },
-        {IF_INDEX_TYPE_ETH_INBAND,       21 },
-        {IF_INDEX_TYPE_ETH_PORT_CHANNEL, 22 },
-        {IF_INDEX_TYPE_NULL_INTERFACE,   23 },
-        {IF_INDEX_TYPE_TUNNEL,           24 },
-        {IF_INDEX_TYPE_ETH_INBAND_DIAG,  25 },
-        {IF_INDEX_TYPE_PHY_ETHERNET,     26 },
-        {IF_INDEX_TYPE_LVETH,            27 },
-        {IF_INDEX_TYPE_VETH,             28 },
-        {IF_INDEX_TYPE_VIF,              29 },
-        {IF_INDEX_TYPE_VFC,              30 },
-        {IF_INDEX_TYPE_SAT_PHY_ETH,      31 },
-        {IF_INDEX_TYPE_SAT_PHY_ETH_FIF,  32 },
-        {IF_INDEX_TYPE_PEMU,             33 },
-        {IF_INDEX_TYPE_OVERLAY,          34 },
-        {IF_INDEX_TYPE_VL3,              35 },
-        {IF_INDEX_TYPE_MARN,             36 },
-        {IF_INDEX_TYPE_RUK_ETH,          37 },
-        {IF_INDEX_TYPE_MPLS_SUBLAYER,    38 },
-        {IF_INDEX_TYPE_LAST_RESERVED,    74 },
-        {IF_INDEX_TYPE_LOOPBACK,         254},
+        {IF_INDEX_TYPE_PHY_FC, 1},
+        {IF_INDEX_TYPE_PHY_ETH, 2},
+        {IF_INDEX_TYPE_PORT_CHANNEL, 4},
+        {IF_INDEX_TYPE_MGMT_SUP, 5},
+        {IF_INDEX_TYPE_INBAND, 6},
+        {IF_INDEX_TYPE_EOBC, 7},
+        {IF_INDEX_TYPE_VSAN, 8},
+        {IF_INDEX_TYPE_VLAN, 9},
+        {IF_INDEX_TYPE_FCIP, 10},
+        {IF_INDEX_TYPE_ISCSI, 11},
+        {IF_INDEX_TYPE_UMBRA, 12},
+        {IF_INDEX_TYPE_XLPORT, 13},
+        {IF_INDEX_TYPE_TK, 14},
+        {IF_INDEX_TYPE_FCMPLS_TNNL, 15},
+        {IF_INDEX_TYPE_NALP_VXE, 16},
+        {IF_INDEX_TYPE_XGFC_IFC, 17},
+        {IF_INDEX_TYPE_KIRO, 18},
+        {IF_INDEX_TYPE_ZEFF_VXE, 19},
+        {IF_INDEX_TYPE_DORSA, 20},
+        {IF_INDEX_TYPE_ETH_INBAND, 21},
+        {IF_INDEX_TYPE_ETH_PORT_CHANNEL, 22},
+        {IF_INDEX_TYPE_NULL_INTERFACE, 23},
+        {IF_INDEX_TYPE_TUNNEL, 24},
+        {IF_INDEX_TYPE_ETH_INBAND_DIAG, 25},
+        {IF_INDEX_TYPE_PHY_ETHERNET, 26},
+        {IF_INDEX_TYPE_LVETH, 27},
+        {IF_INDEX_TYPE_VETH, 28},
+        {IF_INDEX_TYPE_VIF, 29},
+        {IF_INDEX_TYPE_VFC, 30},
+        {IF_INDEX_TYPE_SAT_PHY_ETH, 31},
+        {IF_INDEX_TYPE_SAT_PHY_ETH_FIF, 32},
+        {IF_INDEX_TYPE_PEMU, 33},
+        {IF_INDEX_TYPE_OVERLAY, 34},
+        {IF_INDEX_TYPE_VL3, 35},
+        {IF_INDEX_TYPE_MARN, 36},
+        {IF_INDEX_TYPE_RUK_ETH, 37},
+        {IF_INDEX_TYPE_MPLS_SUBLAYER, 38},
+        {IF_INDEX_TYPE_LAST_RESERVED, 74},
+        {IF_INDEX_TYPE_LOOPBACK, 254},
     };
     for (const auto &[name, code] : rows) {
         EXPECT_EQ(name, code);
@@ -96,21 +96,10 @@ TEST(if_index_get_type, edges)
         uint32_t error;
         uint8_t type;
     } const rows[] = {
-        {0x00000000, 11, 0  },
-        {0x00FFFFFF, 11, 0  },
-        {0x01000000, 0,  1  },
-        {0x02FFFFFF, 0,  2  },
-        {0x03000000, 11, 3  },
-        {0x04000000, 0,  4  },
-        {0x4A000000, 0,  74 },
-        {0x4B000000, 11, 75 },
-        {0x81000000, 0,  1  },
-        {0x83000000, 11, 3  },
-        {0xCA000000, 0,  74 },
-        {0xCB000000, 11, 75 },
-        {0x7F000000, 11, 127},
-        {0xFE000000, 11, 126},
-        {0xFFFFFFFF, 11, 127},
+        {0x00000000, 11, 0},   {0x00FFFFFF, 11, 0},   {0x01000000, 0, 1},    {0x02FFFFFF, 0, 2},
+        {0x03000000, 11, 3},   {0x04000000, 0, 4},    {0x4A000000, 0, 74},   {0x4B000000, 11, 75},
+        {0x81000000, 0, 1},    {0x83000000, 11, 3},   {0xCA000000, 0, 74},   {0xCB000000, 11, 75},
+        {0x7F000000, 11, 127}, {0xFE000000, 11, 126}, {0xFFFFFFFF, 11, 127},
     };
     for (const auto &row : rows) {
         SCOPED_TRACE(row.value);
@@ -168,17 +157,8 @@ TEST(if_index_get_next_type, ends_at_74_and_leaves_higher_types)
         uint32_t error;
         uint8_t to;
     } const rows[] = {
-        {2,   0,  4  },
-        {3,   0,  4  },
-        {26,  0,  28 },
-        {27,  0,  28 },
-        {37,  0,  38 },
-        {38,  13, 74 },
-        {39,  13, 74 },
-        {73,  13, 74 },
-        {74,  13, 74 },
-        {75,  13, 75 },
-        {255, 13, 255},
+        {2, 0, 4},    {3, 0, 4},    {26, 0, 28},  {27, 0, 28},  {37, 0, 38},    {38, 13, 74},
+        {39, 13, 74}, {73, 13, 74}, {74, 13, 74}, {75, 13, 75}, {255, 13, 255},
     };
     for (const auto &row : rows) {
         SCOPED_TRACE(row.from);
@@ -195,13 +175,13 @@ TEST(if_index_predicates, compare_bits_24_to_30)
         int32_t (*predicate)(IfIndex);
         uint32_t code;
     } const rows[] = {
-        {"satellite",        if_index_is_satellite_interface,   31},
-        {"tunnel",           if_index_is_tunnel_intf,           24},
-        {"port_channel",     if_index_is_port_channel_intf,     4 },
+        {"satellite", if_index_is_satellite_interface, 31},
+        {"tunnel", if_index_is_tunnel_intf, 24},
+        {"port_channel", if_index_is_port_channel_intf, 4},
         {"eth_port_channel", if_index_is_eth_port_channel_intf, 22},
-        {"overlay",          if_index_is_overlay_intf,          34},
-        {"eth_sup_inband",   if_index_is_eth_sup_inband,        21},
-        {"eth_sup_diag",     if_index_is_eth_sup_inband_diag,   25},
+        {"overlay", if_index_is_overlay_intf, 34},
+        {"eth_sup_inband", if_index_is_eth_sup_inband, 21},
+        {"eth_sup_diag", if_index_is_eth_sup_inband_diag, 25},
     };
     for (const auto &row : rows) {
         SCOPED_TRACE(row.name);
@@ -226,14 +206,7 @@ TEST(if_index_is_linecard_inband, is_supervisor_4)
 TEST(if_index_is_valid_vlan_id, is_1_to_4094)
 {
     const std::pair<int32_t, int32_t> rows[] = {
-        {INT32_MIN, 0},
-        {-1,        0},
-        {0,         0},
-        {1,         1},
-        {4094,      1},
-        {4095,      0},
-        {4096,      0},
-        {INT32_MAX, 0},
+        {INT32_MIN, 0}, {-1, 0}, {0, 0}, {1, 1}, {4094, 1}, {4095, 0}, {4096, 0}, {INT32_MAX, 0},
     };
     for (const auto &[vlan, expected] : rows) {
         EXPECT_EQ(if_index_is_valid_vlan_id(vlan), expected) << vlan;
@@ -275,13 +248,10 @@ TEST(if_index_vlan_port_convert_to_vdc, replaces_bits_16_to_23_and_cuts_nothing)
         uint32_t vdc;
         IfIndex expected;
     } const rows[] = {
-        {0x09010064, 2,          0x09020064             },
-        {0x09FF0064, 0,          0x09000064             },
-        {0x09000FFF, 255,        0x09FF0FFF             },
-        {0x09010064, 256,        0x09000064 | 0x01000000},
-        {0x08010064, 256,        0x09000064             },
-        {0x00000000, 0xFFFFFFFF, 0xFFFF0000             },
-        {0xFFFFFFFF, 0,          0xFF00FFFF             },
+        {0x09010064, 2, 0x09020064},   {0x09FF0064, 0, 0x09000064},
+        {0x09000FFF, 255, 0x09FF0FFF}, {0x09010064, 256, 0x09000064 | 0x01000000},
+        {0x08010064, 256, 0x09000064}, {0x00000000, 0xFFFFFFFF, 0xFFFF0000},
+        {0xFFFFFFFF, 0, 0xFF00FFFF},
     };
     for (const auto &row : rows) {
         SCOPED_TRACE(row.value);
@@ -291,13 +261,7 @@ TEST(if_index_vlan_port_convert_to_vdc, replaces_bits_16_to_23_and_cuts_nothing)
 
 TEST(cli_platform, is_pinned_to_cedar_whatever_was_set)
 {
-    for (const auto &[alder, birch] : {
-             std::pair{0,  0 },
-             {0,  1 },
-             {1,  0 },
-             {1,  1 },
-             {-1, -1}
-    }) {
+    for (const auto &[alder, birch] : {std::pair{0, 0}, {0, 1}, {1, 0}, {1, 1}, {-1, -1}}) {
         cli_set_platform_alder(alder, birch);
         EXPECT_EQ(cli_is_platform_birch(), 0);
         cli_set_platform_alder(alder, birch);

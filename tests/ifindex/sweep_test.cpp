@@ -126,152 +126,72 @@ uint32_t read_vfc_channel(IfIndex value, uint16_t *channel)
 TEST(if_index_sweep, ports_come_back)
 {
     sweep("phy_fc", if_index_phy_fc_port_init, if_index_phy_fc_get_fields,
-          {
-              {k_slot, k_port, k_sub}
-    });
+          {{k_slot, k_port, k_sub}});
     sweep("phy_eth", if_index_phy_eth_port_init, if_index_phy_eth_get_fields,
-          {
-              {k_slot, k_port, k_sub}
-    });
+          {{k_slot, k_port, k_sub}});
     sweep("phy_ethernet", if_index_phy_ethernet_init, if_index_phy_eth_get_fields,
-          {
-              {k_slot, k_port, k_sub}
-    });
+          {{k_slot, k_port, k_sub}});
     sweep("mgmt_sup", if_index_mgmt_sup_port_init, if_index_mgmt_sup_get_fields,
-          {
-              {k_slot, k_port}
-    });
+          {{k_slot, k_port}});
     sweep("mgmt_sup as stored", if_index_mgmt_sup_port_cli_init, if_index_mgmt_sup_get_fields,
-          {
-              {k_slot, k_port}
-    });
+          {{k_slot, k_port}});
     sweep("eobc", if_index_eobc_port_init, if_index_eobc_get_slot, {{k_slot}});
-    sweep("iscsi", if_index_iscsi_port_init, if_index_iscsi_get_fields,
-          {
-              {k_slot, k_port}
-    });
-    sweep("umbra", if_index_umbra_port_init, if_index_umbra_get_fields,
-          {
-              {k_slot, k_port}
-    });
-    sweep("xlport", if_index_xlport_init, if_index_xlport_get_fields,
-          {
-              {k_slot, k_port}
-    });
-    sweep("tk", if_index_tk_port_init, read_tk,
-          {
-              {k_slot, {0, 31}, {0, 16382}}
-    });
-    sweep("kiro", if_index_kiro_port_init, if_index_kiro_get_fields,
-          {
-              {k_slot, k_port}
-    });
+    sweep("iscsi", if_index_iscsi_port_init, if_index_iscsi_get_fields, {{k_slot, k_port}});
+    sweep("umbra", if_index_umbra_port_init, if_index_umbra_get_fields, {{k_slot, k_port}});
+    sweep("xlport", if_index_xlport_init, if_index_xlport_get_fields, {{k_slot, k_port}});
+    sweep("tk", if_index_tk_port_init, read_tk, {{k_slot, {0, 31}, {0, 16382}}});
+    sweep("kiro", if_index_kiro_port_init, if_index_kiro_get_fields, {{k_slot, k_port}});
     sweep("dorsa", if_index_dorsa_port_init, if_index_dorsa_get_fields,
-          {
-              {k_slot, {0, 63}, {0, 16}}
-    });
-    sweep("pemu", if_index_pemu_port_init, if_index_pemu_get_fields,
-          {
-              {k_slot, k_port}
-    });
-    sweep("vsan", if_index_vsan_port_init, if_index_vsan_get_fields,
-          {
-              {k_slot, k_port, {0, 4095}}
-    });
+          {{k_slot, {0, 63}, {0, 16}}});
+    sweep("pemu", if_index_pemu_port_init, if_index_pemu_get_fields, {{k_slot, k_port}});
+    sweep("vsan", if_index_vsan_port_init, if_index_vsan_get_fields, {{k_slot, k_port, {0, 4095}}});
     sweep("sat_phy_eth", if_index_sat_phy_eth_port_init, if_index_sat_get_fields,
-          {
-              {{0, 255}, {0, 15}, {0, 63}, {0, 63}}
-    });
+          {{{0, 255}, {0, 15}, {0, 63}, {0, 63}}});
     sweep("sat_phy_eth_fif", if_index_sat_phy_eth_fif_port_init, if_index_sat_get_fif_fields,
-          {
-              {{0, 15}, {0, 63}, {0, 7}}
-    });
+          {{{0, 15}, {0, 63}, {0, 7}}});
     sweep("sat_phy_eth by slot", if_index_sat_phy_eth_port_init_from_slot_port, read_sat_slot_port,
-          {
-              {{0, 188}, {0, 63}}
-    });
+          {{{0, 188}, {0, 63}}});
     sweep("vl3", if_index_vl3_interface_init, if_index_vl3_get_fields,
-          {
-              {{0, 3}, k_slot, k_port, {0, 1023}}
-    });
+          {{{0, 3}, k_slot, k_port, {0, 1023}}});
     sweep("ruk_eth", if_index_ruk_eth_init, if_index_ruk_eth_get_fields,
-          {
-              {{0, 514}, {0, 255}, {0, 63}}
-    });
+          {{{0, 514}, {0, 255}, {0, 63}}});
     sweep("ruk_eth by module", if_index_ruk_eth_init_from_mod, if_index_ruk_eth_get_fields,
-          {
-              {{3, 515}, {0, 255}, {0, 63}}
-    });
+          {{{3, 515}, {0, 255}, {0, 63}}});
     sweep("lveth", if_index_lveth_init, if_index_lveth_get_fields,
-          {
-              {{0, 1023}, {0, 4095}, {0, 0}}
-    });
+          {{{0, 1023}, {0, 4095}, {0, 0}}});
 }
 
 TEST(if_index_sweep, numbered_interfaces_come_back)
 {
     sweep("port_channel", if_index_port_channel_init_internal, if_index_port_channel_get_fields,
-          {
-              {{0, 255}, {0, 3}, k_sub}
-    });
+          {{{0, 255}, {0, 3}, k_sub}});
     sweep("port_channel sub", if_index_port_channel_init_internal, read_sub_of_port_channel,
-          {
-              {{0, 255}, {0, 3}, k_sub}
-    });
+          {{{0, 255}, {0, 3}, k_sub}});
     sweep("port_channel plain", if_index_port_channel_init, if_index_port_channel_get_channel_num,
           {{{0, 255}}});
     sweep("eth_port_channel", if_index_eth_port_channel_init_subintf,
-          if_index_eth_port_channel_get_fields,
-          {
-              {{0, 4095}, k_sub}
-    });
+          if_index_eth_port_channel_get_fields, {{{0, 4095}, k_sub}});
     sweep("eth_port_channel plain", if_index_eth_port_channel_init,
           if_index_eth_port_channel_get_channel_num, {{{0, 4095}}});
-    sweep("inband", if_index_inband_port_init, if_index_inband_get_fields,
-          {
-              {{0, 4}, {0, 3}}
-    });
+    sweep("inband", if_index_inband_port_init, if_index_inband_get_fields, {{{0, 4}, {0, 3}}});
     sweep("inband as stored", if_index_inband_port_cli_init, if_index_inband_get_fields,
-          {
-              {{0, 4}, {0, 3}}
-    });
+          {{{0, 4}, {0, 3}}});
     sweep("inband linecard", if_index_inband_linecard_port_init,
-          if_index_inband_linecard_get_fields,
-          {
-              {{0, 3}, {0, 255}}
-    });
+          if_index_inband_linecard_get_fields, {{{0, 3}, {0, 255}}});
     sweep("eth_inband", if_index_eth_inband_port_init, if_index_eth_inband_get_fields, {{{0, 32}}});
-    sweep("vlan", if_index_vlan_port_init, if_index_vlan_get_fields,
-          {
-              {{0, 255}, {1, 4094}}
-    });
+    sweep("vlan", if_index_vlan_port_init, if_index_vlan_get_fields, {{{0, 255}, {1, 4094}}});
     sweep("fcip", if_index_fcip_port_init, if_index_fcip_get_tunnel, {{{0, 255}}});
     sweep("fcmpls_tnnl", if_index_fcmpls_tnnl_init, if_index_fcmpls_tnnl_get_tunnel, {{{0, 255}}});
-    sweep("tunnel", if_index_tunnel_init, read_tunnel,
-          {
-              {{0, 255}, {0, 65535}}
-    });
-    sweep("veth", if_index_veth_init, if_index_veth_get_fields,
-          {
-              {{0, 1048575}, {0, 15}}
-    });
+    sweep("tunnel", if_index_tunnel_init, read_tunnel, {{{0, 255}, {0, 65535}}});
+    sweep("veth", if_index_veth_init, if_index_veth_get_fields, {{{0, 1048575}, {0, 15}}});
     sweep("vif", if_index_vif_init, if_index_vif_get_vifindex, {{{0, 1048575}}});
     sweep("vfc", if_index_vfc_init, read_vfc_number, {{{0, 61440}}});
     sweep("vfc of a server", if_index_fc_server_interface_init, read_vfc_number, {{{0, 65535}}});
     sweep("vfc_veth", if_index_vfc_veth_init, read_vfc_veth, {{{0, 61440}}});
     sweep("vfc_port_channel", init_vfc_channel, read_vfc_channel, {{{0, 4095}}});
-    sweep("vfc_slot_port", if_index_vfc_slot_port_init, read_vfc_slot_port,
-          {
-              {k_slot, k_port}
-    });
-    sweep("overlay", if_index_overlay_init, read_overlay,
-          {
-              {{0, 31}, {0, 65503}}
-    });
-    sweep("marn", if_index_marn_interface_init, if_index_marn_get_fields,
-          {
-              {{0, 1023}, {0, 4095}}
-    });
+    sweep("vfc_slot_port", if_index_vfc_slot_port_init, read_vfc_slot_port, {{k_slot, k_port}});
+    sweep("overlay", if_index_overlay_init, read_overlay, {{{0, 31}, {0, 65503}}});
+    sweep("marn", if_index_marn_interface_init, if_index_marn_get_fields, {{{0, 1023}, {0, 4095}}});
 }
 
 // What does not come back, all of it: arguments that are cut or run into other fields, and the one

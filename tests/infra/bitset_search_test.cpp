@@ -88,15 +88,8 @@ TEST(bitset_nth_bit, counts_from_zero)
             EXPECT_EQ(bitset_nth_bit(b, n), expected[n]);
         }
         const std::pair<int32_t, int32_t> holes[] = {
-            {0,    0   },
-            {2,    2   },
-            {3,    5   },
-            {28,   30  },
-            {29,   33  },
-            {72,   76  },
-            {73,   78  },
-            {8215, 8222},
-            {8216, -1  },
+            {0, 0},   {2, 2},   {3, 5},       {28, 30},   {29, 33},
+            {72, 76}, {73, 78}, {8215, 8222}, {8216, -1},
         };
         for (const auto &[n, hole] : holes) {
             EXPECT_EQ(bitset_nth_free_bit(b, n), hole) << n;
@@ -117,16 +110,7 @@ TEST(bitset, partial_last_word_is_never_found_going_forward)
         uint32_t size;
         int32_t searched; // bits
     } rows[] = {
-        {0, 0 },
-        {1, 0 },
-        {2, 0 },
-        {3, 0 },
-        {4, 32},
-        {5, 32},
-        {6, 32},
-        {7, 32},
-        {8, 64},
-        {9, 64},
+        {0, 0}, {1, 0}, {2, 0}, {3, 0}, {4, 32}, {5, 32}, {6, 32}, {7, 32}, {8, 64}, {9, 64},
     };
     with_each_variant([&] {
         for (const auto &[size, searched] : rows) {
@@ -204,18 +188,8 @@ TEST(bitset_is_range_free, leaves_the_lower_bound_out)
         int32_t upper;
         int32_t expected;
     } rows[] = {
-        {3,  3,  5,  1},
-        {3,  2,  5,  0},
-        {3,  2,  3,  0},
-        {3,  2,  2,  1},
-        {3,  3,  3,  1},
-        {5,  3,  5,  0},
-        {6,  3,  5,  1},
-        {63, 0,  63, 0},
-        {63, 0,  62, 1},
-        {63, 63, 63, 1},
-        {0,  0,  63, 1},
-        {1,  0,  63, 0},
+        {3, 3, 5, 1}, {3, 2, 5, 0},   {3, 2, 3, 0},   {3, 2, 2, 1},    {3, 3, 3, 1},  {5, 3, 5, 0},
+        {6, 3, 5, 1}, {63, 0, 63, 0}, {63, 0, 62, 1}, {63, 63, 63, 1}, {0, 0, 63, 1}, {1, 0, 63, 0},
     };
     for (const auto &row : rows) {
         SCOPED_TRACE(std::to_string(row.set) + " in " + std::to_string(row.lower) + "-" +
@@ -251,25 +225,25 @@ TEST(bitset, runs_are_enumerated_in_order)
         const char *set;
         const char *clear;
     } rows[] = {
-        {{0xf0, 0x20, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00}, "[0,3][10,10]",         "[4,9][11,63]"         },
-        {{0x00, 0x00, 0x00, 0x00},                         "",                     "[0,31]"               },
-        {{0xff, 0xff, 0xff, 0xff},                         "[0,31]",               ""                     },
-        {{0xaa, 0x00, 0x00, 0x00},                         "[0,0][2,2][4,4][6,6]", "[1,1][3,3][5,5][7,31]"},
-        {{0x00, 0x00, 0x00, 0x01},                         "[31,31]",              "[0,30]"               },
-        {{0x00, 0x00, 0x00, 0x05},                         "[29,29][31,31]",       "[0,28][30,30]"        },
- // A run that ends with the last bit but one hides what follows: nothing can, for sets
-  // whose last run is closed, except the very last bit itself.
-        {{0x00, 0x00, 0x00, 0x02},                         "[30,30]",              "[0,29][31,31]"        },
-        {{0xff, 0xff, 0xff, 0xff, 0x80, 0x00, 0x00, 0x00}, "[0,32]",               "[33,63]"              },
-        {{0x00, 0x00, 0x00, 0x01, 0x80, 0x00, 0x00, 0x00}, "[31,32]",              "[0,30][33,63]"        },
-        {{0x7f, 0xff, 0xff, 0xff, 0xff, 0xff, 0xff, 0xfe}, "[1,62]",               "[0,0][63,63]"         },
- // Within the partial last word nothing ends a run: it reaches to the end of the set.
-        {{0xff, 0xff, 0xff, 0xff, 0x00, 0x00},             "[0,47]",               ""                     },
-        {{0x00, 0x00, 0x00, 0x00, 0xff, 0xff},             "",                     "[0,47]"               },
-        {{0xf0, 0x00, 0x00, 0x0f, 0x00},                   "[0,3][28,39]",         "[4,27]"               },
-        {{0xff},                                           "",                     ""                     },
-        {{0x00},                                           "",                     ""                     },
-        {{},                                               "",                     ""                     },
+        {{0xf0, 0x20, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00}, "[0,3][10,10]", "[4,9][11,63]"},
+        {{0x00, 0x00, 0x00, 0x00}, "", "[0,31]"},
+        {{0xff, 0xff, 0xff, 0xff}, "[0,31]", ""},
+        {{0xaa, 0x00, 0x00, 0x00}, "[0,0][2,2][4,4][6,6]", "[1,1][3,3][5,5][7,31]"},
+        {{0x00, 0x00, 0x00, 0x01}, "[31,31]", "[0,30]"},
+        {{0x00, 0x00, 0x00, 0x05}, "[29,29][31,31]", "[0,28][30,30]"},
+        // A run that ends with the last bit but one hides what follows: nothing can, for sets
+        // whose last run is closed, except the very last bit itself.
+        {{0x00, 0x00, 0x00, 0x02}, "[30,30]", "[0,29][31,31]"},
+        {{0xff, 0xff, 0xff, 0xff, 0x80, 0x00, 0x00, 0x00}, "[0,32]", "[33,63]"},
+        {{0x00, 0x00, 0x00, 0x01, 0x80, 0x00, 0x00, 0x00}, "[31,32]", "[0,30][33,63]"},
+        {{0x7f, 0xff, 0xff, 0xff, 0xff, 0xff, 0xff, 0xfe}, "[1,62]", "[0,0][63,63]"},
+        // Within the partial last word nothing ends a run: it reaches to the end of the set.
+        {{0xff, 0xff, 0xff, 0xff, 0x00, 0x00}, "[0,47]", ""},
+        {{0x00, 0x00, 0x00, 0x00, 0xff, 0xff}, "", "[0,47]"},
+        {{0xf0, 0x00, 0x00, 0x0f, 0x00}, "[0,3][28,39]", "[4,27]"},
+        {{0xff}, "", ""},
+        {{0x00}, "", ""},
+        {{}, "", ""},
     };
     with_each_variant([&] {
         for (const auto &row : rows) {
@@ -287,18 +261,15 @@ TEST(bitset_next_range, says_what_it_leaves_in_the_range)
         int32_t result;
         bitset_range after;
     } rows[] = {
-        {{1, 0},   0,  {4, 5}  }, // the start value
-        {{0, 0},   0,  {4, 5}  }, // not the start value: the search starts at bit 2
-        {{2, 3},   0,  {5, 5}  }, // starts at bit 5, within the run
-        {{4, 5},   0,  {20, 20}},
-        {{0, 18},  0,  {20, 20}},
-        {{0, 19},  -1, {-1, 19}}, // starts at bit 21
-        {{20, 20}, -1, {-1, 20}},
-        {{7, 29},  -1, {-1, 29}}, // starts at bit 31
-        {{7, 30},  -1, {7, 30} }, // nothing can follow: not even lower is written
-        {{7, 31},  -1, {7, 31} },
-        {{7, -1},  -1, {7, -1} },
-        {{1, 99},  -1, {1, 99} },
+        {{1, 0}, 0, {4, 5}}, // the start value
+        {{0, 0}, 0, {4, 5}}, // not the start value: the search starts at bit 2
+        {{2, 3}, 0, {5, 5}}, // starts at bit 5, within the run
+        {{4, 5}, 0, {20, 20}},    {{0, 18}, 0, {20, 20}},
+        {{0, 19}, -1, {-1, 19}},                           // starts at bit 21
+        {{20, 20}, -1, {-1, 20}}, {{7, 29}, -1, {-1, 29}}, // starts at bit 31
+        {{7, 30}, -1, {7, 30}}, // nothing can follow: not even lower is written
+        {{7, 31}, -1, {7, 31}},   {{7, -1}, -1, {7, -1}},
+        {{1, 99}, -1, {1, 99}},
     };
     for (const auto &row : rows) {
         SCOPED_TRACE(std::to_string(row.before.lower) + "," + std::to_string(row.before.upper));

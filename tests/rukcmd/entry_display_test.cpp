@@ -71,24 +71,24 @@ TEST_F(ruk_log_print_entry_, formats_each_field)
         const char *text;
     } rows[] = {
         {{1700000000, 123456, 42, 3, 1, 2, "hello\n"},
-         "Nov 14 22:13:20.123456       42  2   3   1   Error hello\n"                                                              },
-        {{0, 0, 0, 0, 0, 0, "x\n"},                                        "Jan  1 00:00:00.000000        0  0   0   0         x\n"},
+         "Nov 14 22:13:20.123456       42  2   3   1   Error hello\n"},
+        {{0, 0, 0, 0, 0, 0, "x\n"}, "Jan  1 00:00:00.000000        0  0   0   0         x\n"},
         {{951782399, 7, 12345678, 123, 2, 12, "x\n"},
-         "Feb 28 23:59:59.000007 12345678 12 123   2  Notice x\n"                                                                  },
+         "Feb 28 23:59:59.000007 12345678 12 123   2  Notice x\n"},
         {{951782400, 999999, 123456789, 1234, 4, 100, "x\n"},
-         "Feb 29 00:00:00.999999 123456789 100 1234   4 Warning x\n"                                                               },
-        {{1, 1, 1, 1, 8, 1, "x\n"},                                        "Jan  1 00:00:01.000001        1  1   1   8    Info x\n"},
-        {{1, 1, 1, 1, 16, 1, "x\n"},                                       "Jan  1 00:00:01.000001        1  1   1  16   Debug x\n"},
-        {{1, 1, 1, 1, 32, 1, "x\n"},                                       "Jan  1 00:00:01.000001        1  1   1  32    Temp x\n"},
-        {{1, 1, 1, 1, 64, 1, "x\n"},                                       "Jan  1 00:00:01.000001        1  1   1  64  Packet x\n"},
-        {{1, 1, 1, 1, 128, 1, "x\n"},                                      "Jan  1 00:00:01.000001        1  1   1 128     Log x\n"},
-        {{1, 1, 1, 1, 3, 1, "x\n"},                                        "Jan  1 00:00:01.000001        1  1   1   3         x\n"},
+         "Feb 29 00:00:00.999999 123456789 100 1234   4 Warning x\n"},
+        {{1, 1, 1, 1, 8, 1, "x\n"}, "Jan  1 00:00:01.000001        1  1   1   8    Info x\n"},
+        {{1, 1, 1, 1, 16, 1, "x\n"}, "Jan  1 00:00:01.000001        1  1   1  16   Debug x\n"},
+        {{1, 1, 1, 1, 32, 1, "x\n"}, "Jan  1 00:00:01.000001        1  1   1  32    Temp x\n"},
+        {{1, 1, 1, 1, 64, 1, "x\n"}, "Jan  1 00:00:01.000001        1  1   1  64  Packet x\n"},
+        {{1, 1, 1, 1, 128, 1, "x\n"}, "Jan  1 00:00:01.000001        1  1   1 128     Log x\n"},
+        {{1, 1, 1, 1, 3, 1, "x\n"}, "Jan  1 00:00:01.000001        1  1   1   3         x\n"},
         {{1, 1, 1, 1, 65535, 65535, "x\n"},
-         "Jan  1 00:00:01.000001        1 65535   1 65535         x\n"                                                             },
+         "Jan  1 00:00:01.000001        1 65535   1 65535         x\n"},
         {{4294967295, 1000000, UINT64_MAX, 4294967295, 256, 0, "%s %n\n"},
-         "Feb  7 06:28:15.1000000 18446744073709551615  0  -1 256         %s %n\n"                                                 },
+         "Feb  7 06:28:15.1000000 18446744073709551615  0  -1 256         %s %n\n"},
         {{2147483648, 4294967295, 1, 2147483648, 1, 0, "x\n"},
-         "Jan 19 03:14:08.-00001        1  0 -2147483648   1   Error x\n"                                                          },
+         "Jan 19 03:14:08.-00001        1  0 -2147483648   1   Error x\n"},
     };
     for (const auto &row : rows) {
         const std::string record = entry_bytes(row.event);
@@ -117,21 +117,21 @@ TEST_F(ruk_log_print_entry_, gives_long_messages_their_line_feed_at_a_fixed_plac
         std::string printed;
         std::string field;
     } rows[] = {
-        {"",                   "",                    m(0)                 },
-        {"\n",                 "\n",                  "\n"                 },
-        {"hello",              "hello",               "hello"              },
-        {"hello\n",            "hello\n",             "hello\n"            },
-        {"a\nb",               "a\nb",                "a\nb"               },
-        {m(124) + "\n",        m(124) + "\n",         m(124) + "\n"        },
-        {m(125),               m(125),                m(125)               },
-        {m(125) + "\n",        m(125) + "\n",         m(125) + "\n"        },
-        {m(126),               m(126) + "\n",         m(126) + "\n"        },
-        {m(126) + "\n",        m(126) + "\n",         m(126) + "\n"        },
-        {m(127),               m(127) + "\n",         m(127) + "\n"        },
-        {m(128),               m(127) + "\n",         m(127) + "\n"        }, // no terminator
-        {m(127) + "\n",        m(127) + "\n",         m(127) + "\n"        },
-        {m(126) + "\n\n",      m(126) + "\n",         m(126) + "\n"        },
-        {m(126) + "\nx",       m(126) + "\n",         m(126) + "\n"        },
+        {"", "", m(0)},
+        {"\n", "\n", "\n"},
+        {"hello", "hello", "hello"},
+        {"hello\n", "hello\n", "hello\n"},
+        {"a\nb", "a\nb", "a\nb"},
+        {m(124) + "\n", m(124) + "\n", m(124) + "\n"},
+        {m(125), m(125), m(125)},
+        {m(125) + "\n", m(125) + "\n", m(125) + "\n"},
+        {m(126), m(126) + "\n", m(126) + "\n"},
+        {m(126) + "\n", m(126) + "\n", m(126) + "\n"},
+        {m(127), m(127) + "\n", m(127) + "\n"},
+        {m(128), m(127) + "\n", m(127) + "\n"}, // no terminator
+        {m(127) + "\n", m(127) + "\n", m(127) + "\n"},
+        {m(126) + "\n\n", m(126) + "\n", m(126) + "\n"},
+        {m(126) + "\nx", m(126) + "\n", m(126) + "\n"},
         {m(120) + "\nabcdefg", m(120) + "\nabcdef\n", m(120) + "\nabcdef\n"},
     };
     for (const auto &row : rows) {
@@ -189,15 +189,15 @@ TEST_F(ruk_log_show_all_, sends_each_entry_back_as_it_printed)
     const std::string plain = entry_with(4, "plain\n");
     for (const char *arguments : {static_cast<const char *>(nullptr), "5", "cookie 5"}) {
         const Peer peer(replies({
-            {0,             bytes_of(uint64_t{1})},
-            {0,             entry_with(1,          "short")},
-            {0,             entry_with(2,                                  unended)},
-            {0,     entry_with(3,unterminated)},
-            {0,plain            },
-            {0,             entry_with(5,                                 "")},
-            {0,             entry_with(6,          m(126))},
-            {9,             ""                                 },
-            {0,      bytes_of(uint64_t{0})                 },
+            {0, bytes_of(uint64_t{1})},
+            {0, entry_with(1, "short")},
+            {0, entry_with(2, unended)},
+            {0, entry_with(3, unterminated)},
+            {0, plain},
+            {0, entry_with(5, "")},
+            {0, entry_with(6, m(126))},
+            {9, ""},
+            {0, bytes_of(uint64_t{0})},
         }));
         int32_t result = 99;
         EXPECT_EQ(captured_stdout([&] { result = ruk_log_show_all(arguments); }),
@@ -237,23 +237,20 @@ TEST_F(ruk_log_show_all_, resumes_a_log_that_was_on_and_only_that)
         std::string before;
         std::string after;
     } const rows[] = {
-        {{0, bytes_of(uint64_t{0})},           {0, ""}, false, "",                        ""                      },
-        {{0, bytes_of(uint64_t{1})},           {0, ""}, true,  "",                        ""                      },
-        {{0, bytes_of(uint64_t{0x100000000})}, {0, ""}, false, "",                        ""                      },
-        {{0, bytes_of(uint64_t{1})},           {5, ""}, true,  "",                        "Could not resume log\n"},
-        {{3, bytes_of(uint64_t{0})},           {0, ""}, false, "Could not suspend log\n", ""                      },
+        {{0, bytes_of(uint64_t{0})}, {0, ""}, false, "", ""},
+        {{0, bytes_of(uint64_t{1})}, {0, ""}, true, "", ""},
+        {{0, bytes_of(uint64_t{0x100000000})}, {0, ""}, false, "", ""},
+        {{0, bytes_of(uint64_t{1})}, {5, ""}, true, "", "Could not resume log\n"},
+        {{3, bytes_of(uint64_t{0})}, {0, ""}, false, "Could not suspend log\n", ""},
         {{3, bytes_of(uint64_t{2})},
          {7, ""},
-         true,                                                 "Could not suspend log\n",
-         "Could not resume log\n"                                                                                 },
+         true,
+         "Could not suspend log\n",
+         "Could not resume log\n"},
     };
     for (const auto &row : rows) {
         const std::string event = numbered_entry(5);
-        const Peer peer(replies({
-            row.hold, {0, event},
-             {1, ""   },
-             row.release
-        }));
+        const Peer peer(replies({row.hold, {0, event}, {1, ""}, row.release}));
         EXPECT_EQ(output_of("show all"),
                   k_entry_header + row.before + numbered_line(5) + row.after);
         std::vector<std::string> expected{set_log_request(2, 0), first_entry_request(),
@@ -284,42 +281,42 @@ TEST_F(ruk_log_show_last_, starts_behind_the_entries_that_are_not_asked_for)
         Info info;
         uint64_t cursor;
     } const rows[] = {
-        {nullptr,                {.available = 20000, .total = 50000},  49974          },
-        {"",                     {.available = 20000, .total = 50000},  49998          },
-        {"0",                    {.available = 20000, .total = 50000},  49998          },
-        {"1",                    {.available = 20000, .total = 50000},  49998          },
-        {"2",                    {.available = 20000, .total = 50000},  49997          },
-        {"25",                   {.available = 20000, .total = 50000},  49974          },
-        {"0x10",                 {.available = 20000, .total = 50000},  49983          },
-        {"010",                  {.available = 20000, .total = 50000},  49991          },
-        {"abc",                  {.available = 20000, .total = 50000},  49998          },
-        {"cookie 7",             {.available = 20000, .total = 50000},  49998          },
-        {"10 cookie 7",          {.available = 20000, .total = 50000},  49989          },
-        {"  12",                 {.available = 20000, .total = 50000},  49987          },
-        {"9999",                 {.available = 20000, .total = 50000},  40000          },
-        {"10000",                {.available = 20000, .total = 50000},  39999          },
-        {"10001",                {.available = 20000, .total = 50000},  39999          },
-        {"20000",                {.available = 20000, .total = 50000},  39999          },
-        {"-5",                   {.available = 20000, .total = 50000},  39999          },
-        {"4294967296",           {.available = 20000, .total = 50000},  49998          },
-        {"99999999999999999999", {.available = 20000, .total = 50000},  39999          },
- // Against available - 1, unsigned.
-        {"25",                   {.available = 27, .total = 100},       74             },
-        {"25",                   {.available = 26, .total = 100},       UINT64_MAX     },
-        {"25",                   {.available = 25, .total = 100},       UINT64_MAX     },
-        {"1",                    {.available = 3, .total = 3},          1              },
-        {"1",                    {.available = 2, .total = 2},          UINT64_MAX     },
-        {"1",                    {.available = 1, .total = 1},          UINT64_MAX     },
-        {"1",                    {.available = 0, .total = 1000},       998            },
-        {nullptr,                {.available = 0, .total = 0},          UINT64_MAX - 25},
-        {"10000",                {.available = 10001, .total = 1},      UINT64_MAX     },
-        {"10000",                {.available = 10002, .total = 20002},  10001          },
-        {"3",                    {.available = 9, .total = UINT64_MAX}, UINT64_MAX - 4 },
+        {nullptr, {.available = 20000, .total = 50000}, 49974},
+        {"", {.available = 20000, .total = 50000}, 49998},
+        {"0", {.available = 20000, .total = 50000}, 49998},
+        {"1", {.available = 20000, .total = 50000}, 49998},
+        {"2", {.available = 20000, .total = 50000}, 49997},
+        {"25", {.available = 20000, .total = 50000}, 49974},
+        {"0x10", {.available = 20000, .total = 50000}, 49983},
+        {"010", {.available = 20000, .total = 50000}, 49991},
+        {"abc", {.available = 20000, .total = 50000}, 49998},
+        {"cookie 7", {.available = 20000, .total = 50000}, 49998},
+        {"10 cookie 7", {.available = 20000, .total = 50000}, 49989},
+        {"  12", {.available = 20000, .total = 50000}, 49987},
+        {"9999", {.available = 20000, .total = 50000}, 40000},
+        {"10000", {.available = 20000, .total = 50000}, 39999},
+        {"10001", {.available = 20000, .total = 50000}, 39999},
+        {"20000", {.available = 20000, .total = 50000}, 39999},
+        {"-5", {.available = 20000, .total = 50000}, 39999},
+        {"4294967296", {.available = 20000, .total = 50000}, 49998},
+        {"99999999999999999999", {.available = 20000, .total = 50000}, 39999},
+        // Against available - 1, unsigned.
+        {"25", {.available = 27, .total = 100}, 74},
+        {"25", {.available = 26, .total = 100}, UINT64_MAX},
+        {"25", {.available = 25, .total = 100}, UINT64_MAX},
+        {"1", {.available = 3, .total = 3}, 1},
+        {"1", {.available = 2, .total = 2}, UINT64_MAX},
+        {"1", {.available = 1, .total = 1}, UINT64_MAX},
+        {"1", {.available = 0, .total = 1000}, 998},
+        {nullptr, {.available = 0, .total = 0}, UINT64_MAX - 25},
+        {"10000", {.available = 10001, .total = 1}, UINT64_MAX},
+        {"10000", {.available = 10002, .total = 20002}, 10001},
+        {"3", {.available = 9, .total = UINT64_MAX}, UINT64_MAX - 4},
     };
     for (const auto &row : rows) {
         SCOPED_TRACE(row.arguments == nullptr ? "NULL" : row.arguments);
         const Peer peer(replies({
-            {0, ""                  },
+            {0, ""},
             {0, info_bytes(row.info)},
         }));
         int32_t result = 99;
@@ -341,13 +338,10 @@ TEST_F(ruk_log_show_last_, reads_to_the_end_and_releases)
         const char *line;
         uint64_t first;
     } const rows[] = {
-        {"show last",            35},
-        {"show last 0",          59},
-        {"show last 3",          57},
-        {"show last 3 cookie 1", 57},
-        {"show last 58",         2 },
-        {"show last 59",         0 }, // not below 59: all
-        {"show last 20000",      0 },
+        {"show last", 35},      {"show last 0", 59},
+        {"show last 3", 57},    {"show last 3 cookie 1", 57},
+        {"show last 58", 2},    {"show last 59", 0}, // not below 59: all
+        {"show last 20000", 0},
     };
     for (const auto &row : rows) {
         SCOPED_TRACE(row.line);
@@ -364,16 +358,12 @@ TEST_F(ruk_log_show_last_, releases_after_a_failed_info)
         int32_t release_status;
         std::string out;
     } const rows[] = {
-        {0, 0, "Can't get log info\n"                      },
-        {1, 0, "Can't get log info\n"                      },
+        {0, 0, "Can't get log info\n"},
+        {1, 0, "Can't get log info\n"},
         {1, 4, "Can't get log info\nCould not resume log\n"},
     };
     for (const auto &row : rows) {
-        const Peer peer(replies({
-            {0,                  bytes_of(row.was_on)},
-            {1,                  ""                  },
-            {row.release_status, ""                  }
-        }));
+        const Peer peer(replies({{0, bytes_of(row.was_on)}, {1, ""}, {row.release_status, ""}}));
         int32_t result = 99;
         EXPECT_EQ(captured_stdout([&] { result = ruk_log_show_last("5"); }), row.out);
         EXPECT_EQ(result, -1);
@@ -387,10 +377,7 @@ TEST_F(ruk_log_show_last_, releases_after_a_failed_info)
 
 TEST_F(ruk_log_show_last_, prints_the_failed_hold_before_the_header)
 {
-    const Peer peer(replies({
-        {2, ""            },
-        {0, info_bytes({})}
-    }));
+    const Peer peer(replies({{2, ""}, {0, info_bytes({})}}));
     EXPECT_EQ(output_of("show last"), std::string("Could not suspend log\n") + k_entry_header);
 }
 
@@ -414,16 +401,13 @@ TEST_F(ruk_log_show_tail_, ends_after_a_failed_info_and_releases_in_every_case)
         int32_t release_status;
         std::string out;
     } const rows[] = {
-        {{0, bytes_of(uint64_t{0})}, 0, "Can't get log info\n"                                             },
-        {{0, bytes_of(uint64_t{1})}, 0, "Can't get log info\n"                                             },
-        {{5, ""},                    0, "Could not suspend log\nCan't get log info\n"                      },
-        {{5, ""},                    5, "Could not suspend log\nCan't get log info\nCould not resume log\n"},
+        {{0, bytes_of(uint64_t{0})}, 0, "Can't get log info\n"},
+        {{0, bytes_of(uint64_t{1})}, 0, "Can't get log info\n"},
+        {{5, ""}, 0, "Could not suspend log\nCan't get log info\n"},
+        {{5, ""}, 5, "Could not suspend log\nCan't get log info\nCould not resume log\n"},
     };
     for (const auto &row : rows) {
-        const Peer peer(replies({
-            row.hold, {1,                  ""},
-             {row.release_status, ""}
-        }));
+        const Peer peer(replies({row.hold, {1, ""}, {row.release_status, ""}}));
         int32_t result = 99;
         EXPECT_EQ(captured_stdout([&] { result = ruk_log_show_tail("ignored"); }), row.out);
         EXPECT_EQ(result, -1);
@@ -449,11 +433,11 @@ TEST_F(ruk_log_show_tail_, starts_25_entries_before_the_end)
         Info info;
         uint64_t cursor;
     } const rows[] = {
-        {{.available = 1000, .total = 5000}, 4974           },
-        {{.available = 27, .total = 5000},   4974           },
-        {{.available = 26, .total = 5000},   UINT64_MAX     },
-        {{.available = 1, .total = 5000},    UINT64_MAX     },
-        {{.available = 0, .total = 0},       UINT64_MAX - 25},
+        {{.available = 1000, .total = 5000}, 4974},
+        {{.available = 27, .total = 5000}, 4974},
+        {{.available = 26, .total = 5000}, UINT64_MAX},
+        {{.available = 1, .total = 5000}, UINT64_MAX},
+        {{.available = 0, .total = 0}, UINT64_MAX - 25},
     };
     for (const auto &row : rows) {
         SCOPED_TRACE(row.info.available);

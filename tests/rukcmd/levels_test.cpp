@@ -12,14 +12,10 @@ struct {
     char letter;
     const char *letters; // of the bit alone
 } const k_levels[] = {
-    {0x01, "Error",   'e', "E       "},
-    {0x02, "Notice",  'n', " N      "},
-    {0x04, "Warning", 'w', "  W     "},
-    {0x08, "Info",    'i', "   I    "},
-    {0x10, "Debug",   'd', "    D   "},
-    {0x20, "Temp",    't', "     T  "},
-    {0x40, "Packet",  'p', "      P "},
-    {0x80, "Log",     'l', "       L"},
+    {0x01, "Error", 'e', "E       "},   {0x02, "Notice", 'n', " N      "},
+    {0x04, "Warning", 'w', "  W     "}, {0x08, "Info", 'i', "   I    "},
+    {0x10, "Debug", 'd', "    D   "},   {0x20, "Temp", 't', "     T  "},
+    {0x40, "Packet", 'p', "      P "},  {0x80, "Log", 'l', "       L"},
 };
 
 } // namespace

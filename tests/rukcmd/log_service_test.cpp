@@ -16,19 +16,19 @@ TEST_F(log_service_requests, are_sent_as_documented)
         std::vector<Reply> script;
         std::string request; // the last one
     } const rows[] = {
-        {"show info", {}, request_bytes(233,                                0, 1,                       std::string(48,        '\0'))},
+        {"show info", {}, request_bytes(233, 0, 1, std::string(48, '\0'))},
         {"show all",
          {{0, bytes_of(uint64_t{0})}},
-         request_bytes(234,                                      0,                                                    3,                                     entry_bytes({.entry = UINT64_MAX}))     },
-        {"start 7",           {},     request_bytes(236,                                         1,                     3,   bytes_of(uint64_t{7}))},
-        {"stop 8",           {},      request_bytes(236,                                          2,                     3,  bytes_of(uint64_t{8}))    },
-        {"resume",           {},      request_bytes(236,                                          3,                     3,  bytes_of(uint64_t{0}))},
-        {"clear",           {},       request_bytes(236,                                           4,                     3, bytes_of(uint64_t{0}))   },
-        {"show debug",           {},  request_bytes(311,                                      0,                     3,      module_bytes({.index = UINT32_MAX}))  },
-        {"debug net w",           {}, request_bytes(312,                                     0,                     3,       module_bytes({.name = "net"}))    },
+         request_bytes(234, 0, 3, entry_bytes({.entry = UINT64_MAX}))},
+        {"start 7", {}, request_bytes(236, 1, 3, bytes_of(uint64_t{7}))},
+        {"stop 8", {}, request_bytes(236, 2, 3, bytes_of(uint64_t{8}))},
+        {"resume", {}, request_bytes(236, 3, 3, bytes_of(uint64_t{0}))},
+        {"clear", {}, request_bytes(236, 4, 3, bytes_of(uint64_t{0}))},
+        {"show debug", {}, request_bytes(311, 0, 3, module_bytes({.index = UINT32_MAX}))},
+        {"debug net w", {}, request_bytes(312, 0, 3, module_bytes({.name = "net"}))},
         {"debug net w",
          {{0, module_bytes({.index = 300, .printing = 1, .name = "net"})}},
-         request_bytes(313, 300,                                                    3,                                                                        bytes_of(uint32_t{5}))                                        },
+         request_bytes(313, 300, 3, bytes_of(uint32_t{5}))},
     };
     for (const auto &row : rows) {
         SCOPED_TRACE(row.command);
@@ -47,10 +47,10 @@ TEST_F(log_service_requests, fail_with_every_other_status)
         SCOPED_TRACE(status);
         const std::string event = numbered_entry(7);
         const Peer peer(replies({
-            {status, info_bytes({})       },
+            {status, info_bytes({})},
             {status, bytes_of(uint64_t{0})},
-            {0,      event                },
-            {status, event                },
+            {0, event},
+            {status, event},
         }));
         EXPECT_EQ(output_of("show info"), "Can't get log info\n");
         EXPECT_EQ(output_of("show all"),
@@ -79,16 +79,16 @@ TEST_F(ruk_log_hold_, stops_or_holds_and_tells_whether_logging_was_on)
         uint32_t was_on;
         const char *out;
     } const rows[] = {
-        {1,         2, {0, bytes_of(uint64_t{1})},           1,          ""                       },
-        {0,         5, {0, bytes_of(uint64_t{1})},           1,          ""                       },
-        {-1,        2, {0, bytes_of(uint64_t{0})},           0,          ""                       },
-        {INT32_MIN, 2, {0, bytes_of(uint64_t{7})},           7,          ""                       },
-        {0,         5, {0, bytes_of(uint64_t{0})},           0,          ""                       },
-        {0,         5, {0, bytes_of(uint64_t{0x100000000})}, 0,          ""                       },
-        {1,         2, {0, bytes_of(uint64_t{0x500000009})}, 9,          ""                       },
-        {1,         2, {0, bytes_of(UINT64_MAX)},            0xffffffff, ""                       },
-        {1,         2, {1, ""},                              0,          "Could not suspend log\n"},
-        {0,         5, {6, bytes_of(uint64_t{3})},           3,          "Could not suspend log\n"},
+        {1, 2, {0, bytes_of(uint64_t{1})}, 1, ""},
+        {0, 5, {0, bytes_of(uint64_t{1})}, 1, ""},
+        {-1, 2, {0, bytes_of(uint64_t{0})}, 0, ""},
+        {INT32_MIN, 2, {0, bytes_of(uint64_t{7})}, 7, ""},
+        {0, 5, {0, bytes_of(uint64_t{0})}, 0, ""},
+        {0, 5, {0, bytes_of(uint64_t{0x100000000})}, 0, ""},
+        {1, 2, {0, bytes_of(uint64_t{0x500000009})}, 9, ""},
+        {1, 2, {0, bytes_of(UINT64_MAX)}, 0xffffffff, ""},
+        {1, 2, {1, ""}, 0, "Could not suspend log\n"},
+        {0, 5, {6, bytes_of(uint64_t{3})}, 3, "Could not suspend log\n"},
     };
     for (const auto &row : rows) {
         SCOPED_TRACE(hex(row.reply.payload));
@@ -109,17 +109,10 @@ TEST_F(ruk_log_release_, resumes_or_releases_a_log_that_was_on)
         int32_t local;
         int32_t operation;
     } const rows[] = {
-        {1,          1,  3},
-        {1,          0,  6},
-        {7,          -5, 3},
-        {0x80000000, 0,  6},
-        {UINT32_MAX, 1,  3},
+        {1, 1, 3}, {1, 0, 6}, {7, -5, 3}, {0x80000000, 0, 6}, {UINT32_MAX, 1, 3},
     };
     for (const auto &row : rows) {
-        const Peer peer(replies({
-            {0, bytes_of(uint64_t{55})},
-            {4, ""                    }
-        }));
+        const Peer peer(replies({{0, bytes_of(uint64_t{55})}, {4, ""}}));
         EXPECT_EQ(captured_stdout([&] { ruk_log_release(row.was_on, row.local); }), "");
         EXPECT_EQ(captured_stdout([&] { ruk_log_release(row.was_on, row.local); }),
                   "Could not resume log\n");

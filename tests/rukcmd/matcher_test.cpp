@@ -96,41 +96,46 @@ TEST_F(ktcmd_parse_multiple_, splits_at_semicolons_and_unprintable_characters)
         std::string line;
         std::vector<std::string> calls;
     } const rows[] = {
-        {"",               {}               },
-        {"a",              {"A"}            },
-        {"a;b",            {"A", "B"}       },
-        {"a;",             {"A"}            },
-        {";a",             {"A"}            },
-        {";",              {}               },
-        {";;",             {}               },
-        {"; ;\t; ",        {}               },
-        {"    ",           {}               },
-        {" \t\n\v\f\r ",   {}               },
-        {" \t\n\v\f\r a",  {"A"}            },
-        {"a ; b",          {"A", "B"}       },
-        {"a x;b",          {"A(x)", "B"}    },
-        {"a  x   y ",      {"A(x   y )"}    },
-        {"   a   x",       {"A(x)"}         },
-        {"a\tb",           {"A", "B"}       },
-        {"a\nb",           {"A", "B"}       },
-        {"a\r\nb\r\n",     {"A", "B"}       },
-        {"a\vb\fa",        {"A", "B", "A"}  },
-        {"a\0b"s,          {"A", "B"}       },
-        {"\0\0a\0"s,       {"A"}            },
+        {"", {}},
+        {"a", {"A"}},
+        {"a;b", {"A", "B"}},
+        {"a;", {"A"}},
+        {";a", {"A"}},
+        {";", {}},
+        {";;", {}},
+        {"; ;\t; ", {}},
+        {"    ", {}},
+        {" \t\n\v\f\r ", {}},
+        {" \t\n\v\f\r a", {"A"}},
+        {"a ; b", {"A", "B"}},
+        {"a x;b", {"A(x)", "B"}},
+        {"a  x   y ", {"A(x   y )"}},
+        {"   a   x", {"A(x)"}},
+        {"a\tb", {"A", "B"}},
+        {"a\nb", {"A", "B"}},
+        {"a\r\nb\r\n", {"A", "B"}},
+        {"a\vb\fa", {"A", "B", "A"}},
+        {"a\0b"s, {"A", "B"}},
+        {"\0\0a\0"s, {"A"}},
         {"a\x01"
-         "b",     {"A", "B"}       },
+         "b",
+         {"A", "B"}},
         {"a\x1f"
-         "b",     {"A", "B"}       },
+         "b",
+         {"A", "B"}},
         {"a\x7f"
-         "b",     {"A", "B"}       },
+         "b",
+         {"A", "B"}},
         {"a\x80"
-         "b",     {"A", "B"}       },
+         "b",
+         {"A", "B"}},
         {"a\xff"
-         "b",     {"A", "B"}       },
-        {"\x80\xc3\xa9 a", {"A"}            },
-        {"a x \x80 b y",   {"A(x )", "B(y)"}},
-        {"a ~!\"|",        {"A(~!\"|)"}     },
-        {"a b",            {"A(b)"}         },
+         "b",
+         {"A", "B"}},
+        {"\x80\xc3\xa9 a", {"A"}},
+        {"a x \x80 b y", {"A(x )", "B(y)"}},
+        {"a ~!\"|", {"A(~!\"|)"}},
+        {"a b", {"A(b)"}},
     };
     for (const auto &row : rows) {
         SCOPED_TRACE(hex(row.line));
@@ -158,14 +163,14 @@ TEST_F(ktcmd_parse_multiple_, goes_on_after_every_result_but_minus_2)
         std::vector<std::string> calls;
         const char *out;
     } const rows[] = {
-        {"fail;a",       {"F", "A"}, ""                                                 },
-        {"b;a",          {"B", "A"}, ""                                                 },
-        {"more;a",       {"M", "A"}, ""                                                 },
-        {"stop;a",       {"S"},      ""                                                 },
-        {"stop 1\na",    {"S(1)"},   ""                                                 },
-        {"a;stop;b;a",   {"A", "S"}, ""                                                 },
-        {"a;; stop ;;b", {"A", "S"}, ""                                                 },
-        {"nothing;a",    {"A"},      "No match found for nothing\n"                     },
+        {"fail;a", {"F", "A"}, ""},
+        {"b;a", {"B", "A"}, ""},
+        {"more;a", {"M", "A"}, ""},
+        {"stop;a", {"S"}, ""},
+        {"stop 1\na", {"S(1)"}, ""},
+        {"a;stop;b;a", {"A", "S"}, ""},
+        {"a;; stop ;;b", {"A", "S"}, ""},
+        {"nothing;a", {"A"}, "No match found for nothing\n"},
         {"x y ;a;sto;b", {"A", "B"}, "No match found for x y \nNo match found for sto\n"},
     };
     for (const auto &row : rows) {
@@ -271,23 +276,23 @@ TEST_F(ktcmd_parse_single_, takes_the_deepest_row_and_of_equals_the_first)
         const char *text;
         std::string call; // "" when nothing matches
     } const rows[] = {
-        {"x",          "1"        },
-        {"x q",        "1(q)"     },
-        {"x y",        "1"        },
-        {"x y z",      "1(z)"     }, // the row without a handler is not there
-        {"X Y z q",    "1(z q)"   },
-        {"x w",        "4"        }, // deeper than the first row
-        {"x w v",      "4"        },
-        {"x w q",      "4(q)"     },
-        {"x w v q",    "4(q)"     },
-        {"gap deep",   "G(deep)"  }, // a gap ends a row's keywords
+        {"x", "1"},
+        {"x q", "1(q)"},
+        {"x y", "1"},
+        {"x y z", "1(z)"}, // the row without a handler is not there
+        {"X Y z q", "1(z q)"},
+        {"x w", "4"}, // deeper than the first row
+        {"x w v", "4"},
+        {"x w q", "4(q)"},
+        {"x w v q", "4(q)"},
+        {"gap deep", "G(deep)"}, // a gap ends a row's keywords
         {"gap x deep", "G(x deep)"},
-        {"typed",      "T"        }, // the type is not looked at
-        {"",           "5"        },
-        {" x",         "5(x)"     }, // the empty word before the blank
-        {"second",     ""         },
-        {"hidden",     ""         },
-        {"xx",         ""         },
+        {"typed", "T"}, // the type is not looked at
+        {"", "5"},
+        {" x", "5(x)"}, // the empty word before the blank
+        {"second", ""},
+        {"hidden", ""},
+        {"xx", ""},
     };
     for (const auto &row : rows) {
         SCOPED_TRACE(row.text);
@@ -447,22 +452,22 @@ TEST_F(ktcmd_snprintf_help_, gives_long_syntaxes_a_line_of_their_own_and_cuts_th
         const char *hint;
         std::string expected;
     } const rows[] = {
-  // The syntax is the keyword and a blank: 31 characters, then 32.
-        {k(30),  "",         nullptr, k(30) + "   text\n"                      },
-        {k(31),  "",         nullptr, k(31) + " \n" + indent + "text\n"        },
-        {k(28),  "",         "h",     k(28) + " h   text\n"                    },
-        {k(28),  "",         "hh",    k(28) + " hh \n" + indent + "text\n"     },
- // At most 79 characters; beyond 78 nothing is added.
-        {k(76),  "",         "hint",  k(76) + " hi\n" + indent + "text\n"      },
-        {k(77),  "",         "hint",  k(77) + " h\n" + indent + "text\n"       },
-        {k(77),  "",         nullptr, k(77) + " \n" + indent + "text\n"        },
-        {k(78),  "",         "hint",  k(78) + " \n" + indent + "text\n"        },
-        {k(79),  "",         "hint",  k(79) + "\n" + indent + "text\n"         },
-        {k(80),  "",         "hint",  k(79) + "\n" + indent + "text\n"         },
-        {k(500), "",         "hint",  k(79) + "\n" + indent + "text\n"         },
-        {k(70),  "two",      "hint",  k(70) + " two hint\n" + indent + "text\n"},
-        {k(70),  "four5678", "hint",  k(70) + " four5678\n" + indent + "text\n"},
-        {k(77),  "two",      "hint",  k(77) + " t\n" + indent + "text\n"       },
+        // The syntax is the keyword and a blank: 31 characters, then 32.
+        {k(30), "", nullptr, k(30) + "   text\n"},
+        {k(31), "", nullptr, k(31) + " \n" + indent + "text\n"},
+        {k(28), "", "h", k(28) + " h   text\n"},
+        {k(28), "", "hh", k(28) + " hh \n" + indent + "text\n"},
+        // At most 79 characters; beyond 78 nothing is added.
+        {k(76), "", "hint", k(76) + " hi\n" + indent + "text\n"},
+        {k(77), "", "hint", k(77) + " h\n" + indent + "text\n"},
+        {k(77), "", nullptr, k(77) + " \n" + indent + "text\n"},
+        {k(78), "", "hint", k(78) + " \n" + indent + "text\n"},
+        {k(79), "", "hint", k(79) + "\n" + indent + "text\n"},
+        {k(80), "", "hint", k(79) + "\n" + indent + "text\n"},
+        {k(500), "", "hint", k(79) + "\n" + indent + "text\n"},
+        {k(70), "two", "hint", k(70) + " two hint\n" + indent + "text\n"},
+        {k(70), "four5678", "hint", k(70) + " four5678\n" + indent + "text\n"},
+        {k(77), "two", "hint", k(77) + " t\n" + indent + "text\n"},
     };
     for (const auto &row : rows) {
         SCOPED_TRACE(row.expected);
@@ -485,14 +490,14 @@ TEST_F(ktcmd_snprintf_help_, returns_its_own_size_when_the_text_reaches_it)
         std::string bytes;
         const char *out;
     } const rows[] = {
-        {0,  0,                             std::string("####"), k_help_warning},
-        { 1, 1,          std::string("\0####",                  5), k_help_warning},
-        { 3, 3,        std::string("ab\0####",                  7), k_help_warning},
-        { 4, 4,       std::string("abc\0####",                  8), k_help_warning},
-        { 5, 5,     std::string("abc\n\0####",                  9), k_help_warning},
-        { 6, 6,    std::string("abc\nd\0####",                 10), k_help_warning},
-        { 7, 7,   std::string("abc\nde\0####",                 11), k_help_warning},
-        { 8, 7, std::string("abc\nde\n\0####",                 12),             ""},
+        {0, 0, std::string("####"), k_help_warning},
+        {1, 1, std::string("\0####", 5), k_help_warning},
+        {3, 3, std::string("ab\0####", 7), k_help_warning},
+        {4, 4, std::string("abc\0####", 8), k_help_warning},
+        {5, 5, std::string("abc\n\0####", 9), k_help_warning},
+        {6, 6, std::string("abc\nd\0####", 10), k_help_warning},
+        {7, 7, std::string("abc\nde\0####", 11), k_help_warning},
+        {8, 7, std::string("abc\nde\n\0####", 12), ""},
     };
     for (const auto &row : rows) {
         SCOPED_TRACE(row.maxlen);
@@ -537,24 +542,24 @@ TEST_F(ktcmd_validate_data_, counts_and_reports_what_cannot_be_printed)
         int32_t result;
         const char *out;
     } const rows[] = {
-        {"",              10,        0,  ""                                                        },
-        {"",              0,         0,  ""                                                        },
-        {"",              -1,        0,  ""                                                        },
-        {"a",             0,         -1, ""                                                        },
-        {"a",             -1,        -1, ""                                                        },
-        {"\x01",          INT32_MIN, -1, ""                                                        },
-        {"a",             1,         1,  ""                                                        },
-        {"abc",           3,         3,  ""                                                        },
-        {"abc",           INT32_MAX, 3,  ""                                                        },
-        {"abcd",          3,         -1, "Data length > 3\n"                                       },
-        {"abcdefgh",      1,         -1, "Data length > 1\n"                                       },
-        {" a~\t\n\v\f\r", 20,        8,  ""                                                        },
-        {"\x01",          20,        1,  "ktcmd invalid character 01\n"                            },
-        {"a\x1f\x7f",     20,        3,  "ktcmd invalid character 1f\nktcmd invalid character 7f\n"},
-        {"\x80",          20,        1,  "ktcmd invalid character ffffff80\n"                      },
-        {"\xff z",        20,        3,  "ktcmd invalid character ffffffff\n"                      },
-        {"\x02yz",        2,         -1, "ktcmd invalid character 02\nData length > 2\n"           },
-        {"yz\x02",        2,         -1, "Data length > 2\n"                                       },
+        {"", 10, 0, ""},
+        {"", 0, 0, ""},
+        {"", -1, 0, ""},
+        {"a", 0, -1, ""},
+        {"a", -1, -1, ""},
+        {"\x01", INT32_MIN, -1, ""},
+        {"a", 1, 1, ""},
+        {"abc", 3, 3, ""},
+        {"abc", INT32_MAX, 3, ""},
+        {"abcd", 3, -1, "Data length > 3\n"},
+        {"abcdefgh", 1, -1, "Data length > 1\n"},
+        {" a~\t\n\v\f\r", 20, 8, ""},
+        {"\x01", 20, 1, "ktcmd invalid character 01\n"},
+        {"a\x1f\x7f", 20, 3, "ktcmd invalid character 1f\nktcmd invalid character 7f\n"},
+        {"\x80", 20, 1, "ktcmd invalid character ffffff80\n"},
+        {"\xff z", 20, 3, "ktcmd invalid character ffffffff\n"},
+        {"\x02yz", 2, -1, "ktcmd invalid character 02\nData length > 2\n"},
+        {"yz\x02", 2, -1, "Data length > 2\n"},
     };
     for (const auto &row : rows) {
         SCOPED_TRACE(hex(row.data) + " " + std::to_string(row.maxlen));

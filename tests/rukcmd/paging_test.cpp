@@ -80,20 +80,20 @@ TEST_F(paged_show_debug, reads_its_cookie_in_every_base)
         uint32_t cursor;
         bool has_header;
     } const rows[] = {
-        {"-",              UINT32_MAX, true },
-        {"",               UINT32_MAX, true },
-        {"0",              UINT32_MAX, true },
-        {"abc",            UINT32_MAX, true },
-        {"cookie 5",       UINT32_MAX, true }, // the keyword is cut off by the matcher, not here
-        {"5",              5,          false},
-        {"5 6",            5,          false},
-        {"0x10",           16,         false},
-        {"010",            8,          false},
-        {"-5",             0xfffffffb, false},
-        {"4294967295",     UINT32_MAX, false},
-        {blanks + "123",   123,        false}, // 239 characters
-        {blanks + "1234",  123,        false}, // cut to 239
-        {blanks + "    5", UINT32_MAX, true },
+        {"-", UINT32_MAX, true},
+        {"", UINT32_MAX, true},
+        {"0", UINT32_MAX, true},
+        {"abc", UINT32_MAX, true},
+        {"cookie 5", UINT32_MAX, true}, // the keyword is cut off by the matcher, not here
+        {"5", 5, false},
+        {"5 6", 5, false},
+        {"0x10", 16, false},
+        {"010", 8, false},
+        {"-5", 0xfffffffb, false},
+        {"4294967295", UINT32_MAX, false},
+        {blanks + "123", 123, false},  // 239 characters
+        {blanks + "1234", 123, false}, // cut to 239
+        {blanks + "    5", UINT32_MAX, true},
     };
     for (const auto &row : rows) {
         SCOPED_TRACE(row.arguments);
@@ -149,9 +149,9 @@ TEST_F(paged_show_all, ends_with_an_empty_page_after_a_full_last_one)
 TEST_F(paged_show_all, prints_nothing_of_an_empty_log_and_does_not_release_it)
 {
     const Peer peer(replies({
-        {0, info_bytes({})       },
+        {0, info_bytes({})},
         {0, bytes_of(uint64_t{1})},
-        {0, info_bytes({})       },
+        {0, info_bytes({})},
     }));
     ruk_rcli_more_output = 99;
     const Page page = run_page("show all");
@@ -166,12 +166,12 @@ TEST_F(paged_show_all, releases_a_log_that_was_on_at_the_hold)
     const std::string event = numbered_entry(5);
     const std::string info = info_bytes({.available = 1, .total = 6});
     const Peer peer(replies({
-        {0, info                 },
+        {0, info},
         {0, bytes_of(uint64_t{1})},
-        {0, info                 },
-        {0, event                },
-        {1, ""                   },
-        {4, ""                   },
+        {0, info},
+        {0, event},
+        {1, ""},
+        {4, ""},
     }));
     EXPECT_EQ(run_page("show all").text,
               k_entry_header + numbered_line(5) + "Could not resume log\n");
@@ -182,9 +182,7 @@ TEST_F(paged_show_all, releases_a_log_that_was_on_at_the_hold)
 
 TEST_F(paged_show_all, refuses_a_running_log)
 {
-    const Peer peer(replies({
-        {0, info_bytes({.available = 1, .enabled = 2})}
-    }));
+    const Peer peer(replies({{0, info_bytes({.available = 1, .enabled = 2})}}));
     ruk_rcli_more_output = 99;
     ruk_rcli_fromdpa = 1;
     int32_t result = 99;
@@ -203,13 +201,16 @@ TEST_F(paged_show_all, fails_with_either_info)
         std::string out;
         std::vector<std::string> requests;
     } const rows[] = {
-        {{{1, ""}},                                                 "Can't get log info\n", {info_request()}                                                              },
+        {{{1, ""}}, "Can't get log info\n", {info_request()}},
         {{{0, info}, {0, bytes_of(uint64_t{0})}, {1, ""}},
-         "Can't get log info\n",                                                            {info_request(), set_log_request(5, 0), info_request()}                       },
+         "Can't get log info\n",
+         {info_request(), set_log_request(5, 0), info_request()}},
         {{{0, info}, {0, bytes_of(uint64_t{1})}, {1, ""}, {0, ""}},
-         "Can't get log info\n",                                                            {info_request(), set_log_request(5, 0), info_request(), set_log_request(6, 0)}},
+         "Can't get log info\n",
+         {info_request(), set_log_request(5, 0), info_request(), set_log_request(6, 0)}},
         {{{0, info}, {3, ""}, {1, ""}},
-         "Could not suspend log\nCan't get log info\n",                                     {info_request(), set_log_request(5, 0), info_request()}                       },
+         "Could not suspend log\nCan't get log info\n",
+         {info_request(), set_log_request(5, 0), info_request()}},
     };
     for (const auto &row : rows) {
         const Peer peer(replies(row.script));
@@ -231,22 +232,18 @@ TEST_F(paged_show_all, reads_its_cookie_in_every_base_from_the_low_32_bits)
         uint64_t cursor;
         bool has_header;
     } const rows[] = {
-        {nullptr,      UINT64_MAX, true },
-        {"0",          UINT64_MAX, true },
-        {"abc",        UINT64_MAX, true },
-        {"4294967296", UINT64_MAX, true },
-        {"7",          7,          false},
-        {"0x1f",       31,         false},
-        {"017",        15,         false},
+        {nullptr, UINT64_MAX, true},
+        {"0", UINT64_MAX, true},
+        {"abc", UINT64_MAX, true},
+        {"4294967296", UINT64_MAX, true},
+        {"7", 7, false},
+        {"0x1f", 31, false},
+        {"017", 15, false},
         {"4294967295", 4294967295, false},
     };
     for (const auto &row : rows) {
         SCOPED_TRACE(row.arguments == nullptr ? "NULL" : row.arguments);
-        const Peer peer(replies({
-            {0, info},
-            {0, ""  },
-            {0, info}
-        }));
+        const Peer peer(replies({{0, info}, {0, ""}, {0, info}}));
         ruk_rcli_fromdpa = 1;
         EXPECT_EQ(captured_stdout([&] { EXPECT_EQ(ruk_log_show_all(row.arguments), 0); }),
                   row.has_header ? k_entry_header : "");
@@ -308,13 +305,13 @@ TEST_F(paged_show_last, is_unlimited_without_a_count_or_with_another_second_word
         const char *line;
         uint64_t first;
     } const rows[] = {
-        {"show last",              75},
-        {"show last 30 words",     70},
-        {"show last 30 COOKIE 7",  70}, // the word is case-sensitive here
+        {"show last", 75},
+        {"show last 30 words", 70},
+        {"show last 30 COOKIE 7", 70}, // the word is case-sensitive here
         {"show last 30 cookies 7", 70},
-        {"show last 30 7 cookie",  70},
-        {"show last cookie 7",     99}, // a count that is no number, and a second word
-        {"show last abc x",        99},
+        {"show last 30 7 cookie", 70},
+        {"show last cookie 7", 99}, // a count that is no number, and a second word
+        {"show last abc x", 99},
     };
     for (const auto &row : rows) {
         SCOPED_TRACE(row.line);
@@ -335,38 +332,34 @@ TEST_F(paged_show_last, takes_its_arguments_apart_at_blanks_and_line_feeds)
         bool has_header;
         uint32_t more; // left after the failed first request
     } const rows[] = {
-        {"10",                     49989, true,  0 },
-        {"0x10",                   49983, true,  0 },
-        {"010",                    49991, true,  0 },
-        {"abc",                    49998, true,  0 },
-        {"-5",                     39999, true,  0 },
-        {"20000",                  39999, true,  0 },
-        {"4294967296",             49998, true,  0 },
-        {"  10  \n",               49989, true,  0 },
-        {"10\tcookie",             49989, true,  0 }, // a tab separates nothing: one token
-        {"10 cookie 7",            49996, false, 0 },
-        {"10\ncookie\n7",          49996, false, 0 },
-        {" \n10   cookie  7 more", 49996, false, 0 },
-        {"10 cookie 0x7",          49996, false, 0 },
-        {"10 cookie 010",          49997, false, 0 },
-        {"10 cookie abc",          49989, true,  0 },
-        {"10 cookie 4294967296",   49989, true,  0 },
-        {"10 cookie 10",           49999, false, 0 },
-        {"10 cookie 14",           50003, false, 0 },
-        {"10 cooki",               49989, true,  99},
-        {"10 x cookie 7",          49989, true,  99},
-        {blanks + "123",           49876, true,  0 },
-        {blanks + "1234",          49876, true,  0 }, // cut to 239 characters
-        {"10" + blanks + "x",      49989, true,  99},
-        {"10" + blanks + " x",     49989, true,  0 }, // the x is cut off
+        {"10", 49989, true, 0},
+        {"0x10", 49983, true, 0},
+        {"010", 49991, true, 0},
+        {"abc", 49998, true, 0},
+        {"-5", 39999, true, 0},
+        {"20000", 39999, true, 0},
+        {"4294967296", 49998, true, 0},
+        {"  10  \n", 49989, true, 0},
+        {"10\tcookie", 49989, true, 0}, // a tab separates nothing: one token
+        {"10 cookie 7", 49996, false, 0},
+        {"10\ncookie\n7", 49996, false, 0},
+        {" \n10   cookie  7 more", 49996, false, 0},
+        {"10 cookie 0x7", 49996, false, 0},
+        {"10 cookie 010", 49997, false, 0},
+        {"10 cookie abc", 49989, true, 0},
+        {"10 cookie 4294967296", 49989, true, 0},
+        {"10 cookie 10", 49999, false, 0},
+        {"10 cookie 14", 50003, false, 0},
+        {"10 cooki", 49989, true, 99},
+        {"10 x cookie 7", 49989, true, 99},
+        {blanks + "123", 49876, true, 0},
+        {blanks + "1234", 49876, true, 0}, // cut to 239 characters
+        {"10" + blanks + "x", 49989, true, 99},
+        {"10" + blanks + " x", 49989, true, 0}, // the x is cut off
     };
     for (const auto &row : rows) {
         SCOPED_TRACE(row.arguments);
-        const Peer peer(replies({
-            {0, info},
-            {0, ""  },
-            {0, info}
-        }));
+        const Peer peer(replies({{0, info}, {0, ""}, {0, info}}));
         ruk_rcli_fromdpa = 1;
         ruk_rcli_more_output = 99;
         EXPECT_EQ(captured_stdout([&] { EXPECT_EQ(ruk_log_show_last(row.arguments.c_str()), 0); }),
@@ -397,9 +390,7 @@ TEST_F(paged_show_last, refuses_arguments_that_it_cannot_take_apart)
     // clang-format on
     for (const auto &row : rows) {
         SCOPED_TRACE(row.arguments);
-        const Peer peer(replies({
-            {0, info_bytes({.available = 5})}
-        }));
+        const Peer peer(replies({{0, info_bytes({.available = 5})}}));
         ruk_rcli_fromdpa = 1;
         ruk_rcli_more_output = 99;
         EXPECT_EQ(captured_stdout([&] { EXPECT_EQ(ruk_log_show_last(row.arguments.c_str()), -1); }),
@@ -482,12 +473,12 @@ TEST_F(paged_show_last, releases_a_log_that_was_on_at_the_hold)
     for (const char *line : {"show last 1", "show last"}) {
         const bool is_all = line == std::string("show last");
         const Peer peer(replies({
-            {0, info                 },
+            {0, info},
             {0, bytes_of(uint64_t{1})},
-            {0, info                 },
-            {0, event                },
-            {1, ""                   },
-            {4, ""                   },
+            {0, info},
+            {0, event},
+            {1, ""},
+            {4, ""},
         }));
         EXPECT_EQ(run_page(line).text, (is_all ? k_as_invalid : "") + std::string(k_entry_header) +
                                            numbered_line(5) + "Could not resume log\n");
@@ -504,9 +495,9 @@ TEST_F(paged_show_last, fails_with_either_info)
         std::vector<Reply> script;
         std::vector<std::string> requests;
     } const rows[] = {
-        {{{1, ""}},                                                 {info_request()}   },
+        {{{1, ""}}, {info_request()}},
         {{{0, info}, {0, bytes_of(uint64_t{0})}, {1, ""}},
-         {info_request(), set_log_request(5, 0), info_request()}                       },
+         {info_request(), set_log_request(5, 0), info_request()}},
         {{{0, info}, {0, bytes_of(uint64_t{1})}, {1, ""}, {0, ""}},
          {info_request(), set_log_request(5, 0), info_request(), set_log_request(6, 0)}},
     };

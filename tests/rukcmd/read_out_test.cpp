@@ -81,12 +81,12 @@ TEST_F(read_out, releases_the_log_before_it_ends_by_the_signal)
         int at; // request before whose reply the signal is sent
         Opcodes requests;
     } const rows[] = {
-        {"show all",    0, {"236/2", "236/3"}                           },
-        {"show all",    1, {"236/2", "234/0", "236/3"}                  },
-        {"show all",    3, {"236/2", "234/0", "234/0", "234/0", "236/3"}},
-        {"show last 9", 0, {"236/2", "233/0", "236/3"}                  },
-        {"show last 9", 1, {"236/2", "233/0", "236/3"}                  },
-        {"show last 9", 2, {"236/2", "233/0", "234/0", "236/3"}         },
+        {"show all", 0, {"236/2", "236/3"}},
+        {"show all", 1, {"236/2", "234/0", "236/3"}},
+        {"show all", 3, {"236/2", "234/0", "234/0", "234/0", "236/3"}},
+        {"show last 9", 0, {"236/2", "233/0", "236/3"}},
+        {"show last 9", 1, {"236/2", "233/0", "236/3"}},
+        {"show last 9", 2, {"236/2", "233/0", "234/0", "236/3"}},
     };
     for (const int number : k_guarded) {
         for (const auto &row : rows) {

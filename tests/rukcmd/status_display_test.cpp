@@ -56,20 +56,20 @@ TEST_F(ruk_log_print_info_, prints_long_and_short_form)
         Info info;
         const char *text;
     } const rows[] = {
-        {0,  k_small,   k_small_text                },
-        {1,  k_small,
+        {0, k_small, k_small_text},
+        {1, k_small,
          "    Total Entries: 34\n"
          "  Wrapped Entries: 56\n"
          "     Lost Entries: 78\n"
          "  Skipped Entries: 90\n"
-         "Available Entries: 12\n"                  },
+         "Available Entries: 12\n"},
         {-1,
          {},
          "    Total Entries: 0\n"
          "  Wrapped Entries: 0\n"
          "     Lost Entries: 0\n"
          "  Skipped Entries: 0\n"
-         "Available Entries: 0\n"                   },
+         "Available Entries: 0\n"},
         {0,
          {},
          "          Enabled: No\n"
@@ -78,8 +78,8 @@ TEST_F(ruk_log_print_info_, prints_long_and_short_form)
          "     Lost Entries: 0\n"
          "  Skipped Entries: 0\n"
          "Available Entries: 0\n"
-         " Stop After Entry: Not Specified\n"       },
-        {0,  k_largest,
+         " Stop After Entry: Not Specified\n"},
+        {0, k_largest,
          "          Enabled: Yes\n"
          "    Total Entries: 18446744073709551615\n"
          "  Wrapped Entries: 18446744073709551614\n"
@@ -120,20 +120,20 @@ TEST_F(ruk_log_print_module_, prints_a_header_and_a_line_each)
         const char *text;
     } const rows[] = {
         {{1, 0xff, 0x87, 3, "net"},
-         "                 net      ENWIDTPL (255)      ENW    L (135)\n"                                                     },
-        {{1, 0, 1, 0, ""},                                    "                                   (  0)      E        (  1)\n"},
+         "                 net      ENWIDTPL (255)      ENW    L (135)\n"},
+        {{1, 0, 1, 0, ""}, "                                   (  0)      E        (  1)\n"},
         {{1, 0x10, 0x7f, 0, "twenty-characters-20"},
-         "twenty-characters-20          D    ( 16)      ENWIDTP  (127)\n"                                                     },
+         "twenty-characters-20          D    ( 16)      ENWIDTP  (127)\n"},
         {{1, 1, 2, 0, "a-name-of-31-characters-exactly"},
-         "a-name-of-31-characters-exactly      E        (  1)       N       (  2)\n"                                          },
- // Bits without a letter show in the number only, which is signed.
+         "a-name-of-31-characters-exactly      E        (  1)       N       (  2)\n"},
+        // Bits without a letter show in the number only, which is signed.
         {{1, 0x100, 0xffffffff, 0, "wide"},
-         "                wide               (256)      ENWIDTPL ( -1)\n"                                                     },
+         "                wide               (256)      ENWIDTPL ( -1)\n"},
         {{1, 0x80000000, 0x10080, 0, "wide"},
-         "                wide               (-2147483648)             L (65664)\n"                                           },
- // 32 bytes without a terminator: what follows the field is not read.
+         "                wide               (-2147483648)             L (65664)\n"},
+        // 32 bytes without a terminator: what follows the field is not read.
         {{1, 0xff, 1, 0, "0123456789abcdef0123456789ABCDEF"},
-         "0123456789abcdef0123456789ABCDEF      ENWIDTPL (255)      E        (  1)\n"                                         },
+         "0123456789abcdef0123456789ABCDEF      ENWIDTPL (255)      E        (  1)\n"},
     };
     for (const auto &row : rows) {
         EXPECT_EQ(printed_module(row.module), row.text);
@@ -145,9 +145,9 @@ using ruk_log_show_info_ = FrontEnd;
 TEST_F(ruk_log_show_info_, prints_what_the_agent_answers)
 {
     const Peer peer(replies({
-        {0, info_bytes(k_small)  },
+        {0, info_bytes(k_small)},
         {0, info_bytes(k_largest)},
-        {0, info_bytes({})       },
+        {0, info_bytes({})},
     }));
     int32_t result = 99;
     EXPECT_EQ(captured_stdout([&] { result = ruk_log_show_info(nullptr); }), k_small_text);
@@ -185,9 +185,9 @@ TEST_F(ruk_log_show_debug_, reads_module_after_module_until_one_fails)
         module_bytes({UINT32_MAX - 1, 0x80, 0x80, 0xff, "0123456789abcdef0123456789ABCDEF"});
     for (const char *arguments : {static_cast<const char *>(nullptr), "5", "cookie"}) {
         const Peer peer(replies({
-            {0, first },
+            {0, first},
             {0, second},
-            {0, third },
+            {0, third},
         }));
         int32_t result = 99;
         ruk_rcli_more_output = 77;
