@@ -83,7 +83,7 @@ endfunction()
 function(ruk_finish_product target)
     set(runtime_names ${PROJECT_SOURCE_DIR}/cmake/runtime-names.map)
     target_link_libraries(${target} PRIVATE ruk_build_flags)
-    target_include_directories(${target} PUBLIC ${PROJECT_SOURCE_DIR}/include)
+    target_include_directories(${target} PUBLIC $<BUILD_INTERFACE:${PROJECT_SOURCE_DIR}/include>)
     target_link_options(${target} PRIVATE -Wl,-z,relro,-z,now -Wl,--as-needed)
     # A sanitizer's names have to be found by every library of its process.
     if(NOT RUK_SANITIZE)
