@@ -15,8 +15,7 @@ install(DIRECTORY ${PROJECT_SOURCE_DIR}/include/ruk COMPONENT libruklog-dev
         DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
 
 # The archive's objects also hold what one version of one compiler needs to optimise across files.
-# No other can read it, and with it a host's own kt_get_log_info and its like would come too late:
-# the placeholders are inlined by then.
+# No other can read it.
 install(CODE "
     set(archive \"\$ENV{DESTDIR}\${CMAKE_INSTALL_PREFIX}/${CMAKE_INSTALL_LIBDIR}/libruklog.a\")
     execute_process(COMMAND ${CMAKE_STRIP} --strip-debug --enable-deterministic-archives

@@ -2,7 +2,6 @@
 #include "tests/support/child.h"
 #include "tests/support/eventually.h"
 #include "tests/support/private_var_tmp.h"
-#include "tests/support/scripted_agent.h"
 
 #include <csignal>
 #include <cstdlib>
@@ -10,7 +9,6 @@
 #include <memory>
 #include <regex>
 #include <sstream>
-#include <sys/wait.h>
 #include <thread>
 
 namespace
@@ -232,107 +230,4 @@ TEST(stand_in, may_restart_under_a_tail)
     agent = stand_in({"--first-entry", "3", "--preload", "2"});
     ASSERT_TRUE(tail.wait_for_output("        4 "));
     EXPECT_NE(tail.out().find("        3 "), std::string::npos);
-}
-
-namespace
-{
-
-// A log of 20,000 entries: more output than a pipe takes.
-ScriptedAgent::Handler long_log()
-{
-    return [](const Request &request) -> std::optional<std::string> {
-        if (request.opcode() == 236) {
-            return reply_to(request, 0, u64(1));
-        }
-        if (request.opcode() != 234) {
-            return reply_to(request, 0);
-        }
-        std::string entry = request.payload();
-        uint64_t number;
-        memcpy(&number, &entry[8], sizeof number);
-        ++number;
-        entry.replace(8, 8, u64(number));
-        entry.replace(24, 3, std::string("m\n\0", 3));
-        return reply_to(request, number < 20'000 ? 0 : 1, entry);
-    };
-}
-
-bool has_released(const ScriptedAgent &agent)
-{
-    for (const Request &request : agent.requests()) {
-        if (request.opcode() == 236 && request.ident() == 3) {
-            return true;
-        }
-    }
-    return false;
-}
-
-size_t entry_requests(const ScriptedAgent &agent)
-{
-    size_t count = 0;
-    for (const Request &request : agent.requests()) {
-        count += request.opcode() == 234;
-    }
-    return count;
-}
-
-// An agent whose log never ends.
-std::optional<std::string> endless_log(const Request &request)
-{
-    return reply_to(request, 0, request.opcode() == 236 ? u64(1) : "");
-}
-
-} // namespace
-
-TEST(read_out, does_not_wait_for_its_reader)
-{
-    ScriptedAgent agent(long_log());
-    Child tool({RUKLOG_PATH, "show", "all"});
-    // Nobody has read a byte of the output.
-    EXPECT_TRUE(eventually([&] { return has_released(agent); }));
-    EXPECT_EQ(lines_of(tool.wait().out).size(), 20'001u);
-}
-
-TEST(read_out, releases_the_log_when_its_reader_goes)
-{
-    ScriptedAgent agent(long_log());
-    Child tool({RUKLOG_PATH, "show", "all"});
-    tool.close_output();
-    EXPECT_EQ(tool.wait().signal, SIGPIPE);
-    EXPECT_TRUE(has_released(agent));
-}
-
-TEST(read_out, releases_the_log_when_it_is_interrupted)
-{
-    for (const int number : {SIGINT, SIGTERM, SIGHUP}) {
-        SCOPED_TRACE(number);
-        ScriptedAgent agent(endless_log);
-        Child tool({RUKLOG_PATH, "show", "all"});
-        ASSERT_TRUE(eventually([&] { return entry_requests(agent) > 5; }));
-        tool.send_signal(number);
-        EXPECT_EQ(tool.wait().signal, number);
-        EXPECT_TRUE(has_released(agent));
-    }
-}
-
-TEST(read_out, ends_at_the_second_signal_when_the_agent_stalls)
-{
-    ScriptedAgent agent([](const Request &request) -> std::optional<std::string> {
-        return request.opcode() == 234 ? "" : endless_log(request);
-    });
-    Child tool({RUKLOG_PATH, "show", "last"});
-    ASSERT_TRUE(eventually([&] { return entry_requests(agent) == 1; }));
-    tool.send_signal(SIGINT);
-    EXPECT_EQ(kill(tool.pid(), 0), 0);
-    // Any of the guarded signals does, once the first has been noted.
-    const bool ended = eventually([&] {
-        tool.send_signal(SIGTERM);
-        siginfo_t info{};
-        return waitid(P_PID, static_cast<id_t>(tool.pid()), &info, WEXITED | WNOHANG | WNOWAIT) ==
-                   0 &&
-               info.si_pid == tool.pid();
-    });
-    EXPECT_TRUE(ended);
-    EXPECT_EQ(tool.wait().signal, SIGTERM);
-    EXPECT_FALSE(has_released(agent));
 }
