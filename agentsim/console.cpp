@@ -5,6 +5,7 @@
 #include <cerrno>
 #include <csignal>
 #include <cstdio>
+#include <cstring>
 #include <unistd.h>
 
 #include "agentsim/in_process_log.h"
@@ -23,18 +24,20 @@ constexpr size_t k_longest_line = 16384;
 // at the oldest entry, so following them would never end.
 constexpr std::string_view k_whole_log = "Setting entry as invalid \n";
 
+constexpr const char *k_no_more = "The rest can't be paged; ruklog show all shows the whole log.\n";
+
 // Runs one command and takes what it wrote.
 std::string run_once(std::string command)
 {
-    // All three before each run: a command that does not page leaves the cookie as it was.
+    // All before each run: a command that does not page leaves the cookie as it was, and one that
+    // writes nothing leaves the text of the one before.
+    ruk_rcli_buffer[0] = '\0';
     ruk_rcli_buffer_ptr = ruk_rcli_buffer;
     ruk_rcli_print_len = 0;
     ruk_rcli_more_output = 0;
     ruk_log_run(command.data(), static_cast<int32_t>(command.size()));
-    // The cursor counts text that did not fit, too.  The buffer's last byte is a terminator then.
-    const auto written = reinterpret_cast<uintptr_t>(ruk_rcli_buffer_ptr) -
-                         reinterpret_cast<uintptr_t>(&ruk_rcli_buffer[0]);
-    return {ruk_rcli_buffer, std::min<size_t>(written, RUK_RCLI_BUFFER_SIZE - 1)};
+    // The cursor counts text that did not fit, too; what was written ends at a terminator.
+    return {ruk_rcli_buffer, strnlen(ruk_rcli_buffer, RUK_RCLI_BUFFER_SIZE)};
 }
 
 void ship(const std::string &text)
@@ -42,29 +45,29 @@ void ship(const std::string &text)
     fwrite(text.data(), 1, text.size(), stdout);
 }
 
-// The command without a cookie that was typed: the one to follow takes its place.
-std::string without_cookie(const std::string &command)
+// The words by which the next page is asked for.  Only show last has an argument to keep; whatever
+// else was typed would be taken for the cookie.
+std::string page_command(const std::string &command)
 {
-    for (const char *word = command.c_str(); word != nullptr; word = kt_find_next_arg(word)) {
-        if (stris(word, "cookie") == 0) {
-            return command.substr(0, static_cast<size_t>(word - command.c_str()));
-        }
-    }
-    return command;
+    const char *first = command.c_str() + command.find_first_not_of(' ');
+    const char *second = kt_find_next_arg(first);
+    const bool has_count = second != nullptr && stris(second, "last") == 0;
+    const char *end = kt_find_next_arg(has_count ? kt_find_next_arg(second) : second);
+    return end == nullptr ? std::string(first) + " " : std::string(first, end);
 }
 
 void run_command(const std::string &command)
 {
     std::string page = run_once(command);
     ship(page);
-    while (ruk_rcli_more_output != 0) {
-        if (page.find(k_whole_log) != page.npos) {
-            ship("The log holds no more than that; \"show all\" shows it.\n");
+    for (uint32_t cookie = 0; ruk_rcli_more_output != 0; ship(page)) {
+        // Pages whose cookie does not grow, or that all begin at the oldest entry, come for ever.
+        if (ruk_rcli_more_output <= cookie || page.find(k_whole_log) != page.npos) {
+            ship(k_no_more);
             return;
         }
-        page =
-            run_once(without_cookie(command) + " cookie " + std::to_string(ruk_rcli_more_output));
-        ship(page);
+        cookie = ruk_rcli_more_output;
+        page = run_once(page_command(command) + "cookie " + std::to_string(cookie));
     }
 }
 

@@ -22,6 +22,7 @@ int32_t ruk_log_run(char *buffer, int32_t length)
     kt_trace(kt_debug_print_ruk_log, KT_LEVEL_DEBUG, "ruk_log_run(buffer %p, length %d)\n",
              static_cast<void *>(buffer), length);
     const uint32_t size = static_cast<uint32_t>(std::max(length, 0));
+    // Bounded, since the buffer needs no terminator.
     kt_trace(kt_debug_print_ruk_log, KT_LEVEL_DEBUG, "buff:%.*s\n", static_cast<int>(size), buffer);
     // Kept: never as from the Agent, so the table's permission column plays no part here.
     ktcmd_parse_multiple(ruk_cmd_list, reinterpret_cast<const unsigned char *>(buffer), size, 0);

@@ -46,9 +46,9 @@ bool EntryStore::add(const LogEntry &entry)
     return true;
 }
 
-void EntryStore::print_and_empty()
+void EntryStore::print_and_empty(const InterruptionGuard &guard)
 {
-    for (size_t i = 0; i < count_; ++i) {
+    for (size_t i = 0; i < count_ && !guard.interrupted(); ++i) {
         ruk_log_print_entry(&entries_[i]);
     }
     count_ = 0;
@@ -61,11 +61,11 @@ void HeldLog::show_after(uint64_t cursor)
     EntryStore entries;
     read_into(entries, cursor);
     if (connection_is_broken()) {
-        entries.print_and_empty();
+        print_held(entries, nullptr);
     }
     const bool released = log_service::release(was_on_, true);
     guard_.end();
-    entries.print_and_empty();
+    entries.print_and_empty(guard_);
     if (!released) {
         log_service::report_failed_release();
     }
@@ -81,14 +81,30 @@ void HeldLog::read_into(EntryStore &entries, uint64_t cursor)
 {
     LogEntry entry{};
     entry.entry = cursor;
+    let_exchanges_finish();
     while (!guard_.interrupted() && log_service::next_entry(entry)) {
         // The record is the next request's cursor and carries its message as it prints.
         settle_message(entry);
         // In process there is no exchange to keep up with, and a log whose reading never ends must
         // not fill the memory.
         if (log_service::is_in_process() || !entries.add(entry)) {
-            entries.print_and_empty();
-            ruk_log_print_entry(&entry);
+            print_held(entries, &entry);
         }
     }
+}
+
+// Prints while the log is stopped: a reader that takes nothing, or has gone, must not keep it so.
+void HeldLog::print_held(EntryStore &entries, LogEntry *last)
+{
+    guard_.restart_calls(false);
+    entries.print_and_empty(guard_);
+    if (!guard_.interrupted()) {
+        ruk_log_print_entry(last);
+    }
+    let_exchanges_finish();
+}
+
+void HeldLog::let_exchanges_finish()
+{
+    guard_.restart_calls(!log_service::is_in_process());
 }

@@ -19,7 +19,9 @@ public:
 
     // False when memory, or the share of it that a log may take, is used up.
     bool add(const LogEntry &entry);
-    void print_and_empty();
+
+    // Prints until the end, or until guard has noted a signal.
+    void print_and_empty(const InterruptionGuard &guard);
 
 private:
     LogEntry *entries_ = nullptr;
@@ -39,6 +41,8 @@ public:
 
 private:
     void read_into(EntryStore &entries, uint64_t cursor);
+    void print_held(EntryStore &entries, LogEntry *last);
+    void let_exchanges_finish();
 
     InterruptionGuard guard_; // first: nothing may interrupt the stop itself
     uint32_t was_on_;

@@ -39,32 +39,57 @@ void note(int number)
     restore_former();
 }
 
-void catch_signal(GuardedSignal &signal)
+// Keeps the guarded signals waiting while their dispositions change.
+class SignalsBlocked
+{
+public:
+    SignalsBlocked()
+    {
+        sigset_t signals;
+        sigemptyset(&signals);
+        for (const GuardedSignal &signal : guarded) {
+            sigaddset(&signals, signal.number);
+        }
+        pthread_sigmask(SIG_BLOCK, &signals, &former_);
+    }
+    ~SignalsBlocked() { pthread_sigmask(SIG_SETMASK, &former_, nullptr); }
+    SignalsBlocked(const SignalsBlocked &) = delete;
+    SignalsBlocked &operator=(const SignalsBlocked &) = delete;
+
+private:
+    sigset_t former_;
+};
+
+void install(const GuardedSignal &signal, bool restarts)
+{
+    struct sigaction action {
+    };
+    action.sa_handler = note;
+    action.sa_flags = restarts ? SA_RESTART : 0;
+    // The first signal is noted whole before a second one acts.
+    sigfillset(&action.sa_mask);
+    sigaction(signal.number, &action, nullptr);
+}
+
+void catch_signal(GuardedSignal &signal, bool restarts)
 {
     sigaction(signal.number, nullptr, &signal.former);
     const bool is_ignored =
         (signal.former.sa_flags & SA_SIGINFO) == 0 && signal.former.sa_handler == SIG_IGN;
-    if (is_ignored) {
-        return;
+    if (!is_ignored) {
+        install(signal, restarts);
+        signal.caught = 1;
     }
-    struct sigaction action {
-    };
-    action.sa_handler = note;
-    // An exchange under way is finished, not torn.
-    action.sa_flags = SA_RESTART;
-    // The first signal is noted whole before a second one acts.
-    sigfillset(&action.sa_mask);
-    sigaction(signal.number, &action, nullptr);
-    signal.caught = 1;
 }
 
 } // namespace
 
 InterruptionGuard::InterruptionGuard()
 {
+    const SignalsBlocked blocked;
     noted = 0;
     for (GuardedSignal &signal : guarded) {
-        catch_signal(signal);
+        catch_signal(signal, restarts_);
     }
 }
 
@@ -76,6 +101,20 @@ InterruptionGuard::~InterruptionGuard()
 bool InterruptionGuard::interrupted() const
 {
     return noted != 0;
+}
+
+void InterruptionGuard::restart_calls(bool restarts)
+{
+    if (restarts == restarts_) {
+        return;
+    }
+    const SignalsBlocked blocked;
+    restarts_ = restarts;
+    for (const GuardedSignal &signal : guarded) {
+        if (signal.caught != 0) {
+            install(signal, restarts);
+        }
+    }
 }
 
 void InterruptionGuard::end()

@@ -17,6 +17,13 @@ public:
 
     bool interrupted() const;
 
+    // Whether a system call that a signal interrupts goes on.  It does at first, so that no
+    // exchange is torn; a write to a reader that takes nothing has to end.
+    void restart_calls(bool restarts);
+
     // Ends the guard early.
     void end();
+
+private:
+    bool restarts_ = true;
 };

@@ -7,6 +7,7 @@
 #include <cstdarg>
 #include <cstdio>
 
+#include "infra/utils/kttext.h"
 #include "infra/utils/kttrace.h"
 #include "ruk/words.h"
 
@@ -15,15 +16,12 @@ uint32_t kt_debug_print_ktcmd = KT_TRACE_DEFAULT;
 namespace
 {
 
+using kttext::is_space;
+
 constexpr size_t k_command_size = 256;
 constexpr int32_t k_no_match = -1;
 constexpr int32_t k_drop_line = -2;
 constexpr size_t k_words = COMMAND_KEYWORDS + 1;
-
-bool is_space(unsigned char c)
-{
-    return isspace(c) != 0;
-}
 
 bool is_printable(unsigned char c)
 {
@@ -192,7 +190,7 @@ void ktcmd_parse_multiple(const CommandEntry *table, const unsigned char *buffer
     size_t position = 0;
     int32_t result = 0;
     while (position < length && result != k_drop_line) {
-        while (position < length && is_space(buffer[position])) {
+        while (position < length && is_space(static_cast<char>(buffer[position]))) {
             ++position;
         }
         char command[k_command_size];
@@ -266,7 +264,7 @@ int32_t ktcmd_validate_data(const char *data, int32_t maxlen)
             return -1;
         }
         const auto c = static_cast<unsigned char>(data[length]);
-        if (isprint(c) == 0 && !is_space(c)) {
+        if (isprint(c) == 0 && !is_space(data[length])) {
             // Kept: the character goes out signed, so from 0x80 on it prints as eight digits.
             kt_trace(kt_debug_print_ktcmd, KT_LEVEL_WARNING, "ktcmd invalid character %02x\n",
                      static_cast<unsigned>(static_cast<signed char>(data[length])));

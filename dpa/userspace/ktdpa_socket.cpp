@@ -62,9 +62,6 @@ int32_t kt_dpa_api_exit(void)
 
 int32_t kt_platform_open(void)
 {
-    // Two threads that both find the connection broken open it one after the other; without this
-    // the first one's descriptor would be forgotten.
-    k_connection.close_if_open();
     const int32_t fd = socket(AF_UNIX, SOCK_STREAM, 0);
     k_connection.set(fd);
     if (fd < 0) {
@@ -103,6 +100,11 @@ int32_t kt_dpa_socket_api(int32_t fd, AgentRequest *request, uint32_t header_len
     }
     if (apimutex != nullptr) {
         ktdpa_mutex_lock(apimutex);
+    }
+    if (fd < 0) {
+        // Two threads that both found the connection broken open it one after the other; without
+        // this the first one's descriptor would be forgotten.
+        k_connection.close_if_open();
     }
     const int32_t result = wire::exchange(k_agent, fd, *request, header_length);
     // Kept: asked anew.  The first exchange of a process that opens the connection itself unlocks

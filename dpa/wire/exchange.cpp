@@ -63,12 +63,12 @@ void assemble(Bytes block, const AgentRequest &request, const Lengths &lengths)
 
 bool send_block(const Client &client, int32_t fd, Bytes block)
 {
-    const auto total = static_cast<int>(block.size());
-    int sent = 0;
+    const size_t total = block.size();
     while (!block.empty()) {
         kt_trace(*client.trace, KT_LEVEL_DEBUG,
-                 "%s: Sent (%d) bytes, not (%d), sending (%d) more\n", client.caller, sent, total,
-                 total - sent);
+                 "%s: Sent (%d) bytes, not (%d), sending (%d) more\n", client.caller,
+                 static_cast<int32_t>(total - block.size()), static_cast<int32_t>(total),
+                 static_cast<int32_t>(block.size()));
         // MSG_NOSIGNAL: a peer that has gone is a failed exchange, not the end of the process.
         const ssize_t written = send(fd, block.data(), block.size(), MSG_NOSIGNAL);
         if (written <= 0) {
@@ -77,7 +77,6 @@ bool send_block(const Client &client, int32_t fd, Bytes block)
             return false;
         }
         block = block.subspan(static_cast<size_t>(written));
-        sent += static_cast<int>(written);
     }
     return true;
 }

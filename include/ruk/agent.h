@@ -100,12 +100,16 @@ RUK_EXPORT extern uint32_t kt_debug_print_ktdpa_indirect;
 /* Opens the connection.  Returns 0, or -1 when the Agent can't be reached. */
 RUK_EXPORT int32_t kt_dpa_api_init(void);
 
-/* Closes the connection and destroys apimutex.  Returns 0. */
+/*
+ * Closes the connection and destroys apimutex.  Returns 0.  A mutex that the first exchange of the
+ * process made, by opening the connection itself, can't be destroyed: that is reported, and the
+ * mutex is left behind.  Programs avoid it by calling kt_dpa_api_init first.
+ */
 RUK_EXPORT int32_t kt_dpa_api_exit(void);
 
 /*
  * Connects to KT_AGENT_SOCKET_PATH, stores the descriptor in kt_dpa_call_fd and creates apimutex
- * when there is none.  A connection that is open already is closed first.  Returns the
+ * when there is none.  A connection that is open already is forgotten.  Returns the
  * descriptor, or -1 with kt_dpa_call_fd -1.
  */
 RUK_EXPORT int32_t kt_platform_open(void);
@@ -114,7 +118,7 @@ RUK_EXPORT int32_t kt_platform_open(void);
 RUK_EXPORT int32_t kt_platform_close(int32_t fd);
 
 /*
- * One exchange of request over fd (negative: open the connection first), sending the first
+ * One exchange of request over fd (negative: open the connection anew), sending the first
  * header_length bytes of the record, 56 from every caller.  Returns 0 and the service's answer
  * in request->status and in the caller's buffers, or -1 with request->status 1; after a failed
  * transfer kt_dpa_call_fd is closed and -1, and the next exchange connects anew.  A peer that

@@ -129,6 +129,9 @@ TEST(console, replaces_a_cookie_that_was_typed)
     EXPECT_EQ(console(30, "stop\nshow all cookie 9\n"), stopped + entries(10, 29));
     EXPECT_EQ(console(30, "stop\nshow all COOKIE 9\n"), stopped + entries(10, 29));
     EXPECT_EQ(console(30, "stop\nshow last 20 cookie 7\n"), stopped + entries(17, 29));
+    EXPECT_EQ(console(30, "stop\nshow all 5 cookie 7\n"), stopped + entries(6, 29));
+    EXPECT_EQ(console(30, "stop\nshow all 5\n"), stopped + entries(6, 29));
+    EXPECT_EQ(console(30, "stop\n  show   all abc\n"), stopped + k_entry_header + entries(0, 29));
 }
 
 TEST(console, does_not_follow_pages_that_repeat)
@@ -137,7 +140,7 @@ TEST(console, does_not_follow_pages_that_repeat)
               "Will suspend log after next 0 entries\n"
               "Setting entry as invalid \n" +
                   k_entry_header + entries(0, 6) +
-                  "The log holds no more than that; \"show all\" shows it.\n");
+                  "The rest can't be paged; ruklog show all shows the whole log.\n");
 }
 
 TEST(console, serves_the_socket_meanwhile)

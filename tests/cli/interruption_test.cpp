@@ -52,6 +52,17 @@ size_t entry_requests(const ScriptedAgent &agent)
     return count;
 }
 
+// A long log whose Agent hangs up once, at the entry request of that number.
+ScriptedAgent::Handler log_that_breaks(size_t at)
+{
+    return [at, asked = size_t{0}](const Request &request) mutable -> std::optional<std::string> {
+        if (request.opcode() == 234 && ++asked == at) {
+            return std::nullopt;
+        }
+        return long_log()(request);
+    };
+}
+
 // An agent whose log never ends.
 std::optional<std::string> endless_log(const Request &request)
 {
@@ -112,4 +123,26 @@ TEST(read_out, ends_at_the_second_signal_when_the_agent_stalls)
     EXPECT_TRUE(ended);
     EXPECT_EQ(tool.wait().signal, SIGTERM);
     EXPECT_FALSE(has_released(agent));
+}
+
+// What the tool has read is printed before it tries to release a log whose Agent hung up.
+TEST(read_out, releases_the_log_of_a_broken_connection_when_its_reader_goes)
+{
+    ScriptedAgent agent(log_that_breaks(500));
+    Child tool({RUKLOG_PATH, "show", "all"});
+    tool.close_output();
+    EXPECT_EQ(tool.wait().signal, SIGPIPE);
+    EXPECT_TRUE(has_released(agent));
+}
+
+TEST(read_out, releases_the_log_of_a_broken_connection_when_its_reader_stalls)
+{
+    ScriptedAgent agent(log_that_breaks(3000));
+    Child tool({RUKLOG_PATH, "show", "all"});
+    // Its entries are more than the pipe takes: it waits for its reader, or will.
+    ASSERT_TRUE(eventually([&] { return entry_requests(agent) == 3000; }));
+    EXPECT_FALSE(has_released(agent));
+    tool.send_signal(SIGINT);
+    EXPECT_TRUE(eventually([&] { return has_released(agent); }));
+    EXPECT_EQ(tool.wait().signal, SIGINT);
 }

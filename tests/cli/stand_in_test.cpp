@@ -190,6 +190,8 @@ TEST(stand_in, serves_two_tools_and_a_tail_at_once)
     const auto agent = stand_in({"--preload", "100", "--rate", "500"});
     Child tail({RUKLOG_PATH, "show", "tail"});
     ASSERT_TRUE(tail.wait_for_output(k_entry_header));
+    const auto newest = [] { return entry_number(lines_of(ruklog({"show", "last", "1"}))[1]); };
+    const uint64_t begun = newest();
     const auto show_repeatedly = [] {
         for (int i = 0; i < 20; ++i) {
             const std::vector<std::string> lines = lines_of(ruklog({"show", "last", "50"}));
@@ -203,11 +205,11 @@ TEST(stand_in, serves_two_tools_and_a_tail_at_once)
     std::thread second(show_repeatedly);
     first.join();
     second.join();
+    ASSERT_TRUE(eventually([&] { return newest() > begun + 50; }));
     EXPECT_TRUE(info_has("     Lost Entries: 0\n"));
 
     // Whatever the others did to the log, the tail shows every entry that it has.
-    const uint64_t newest = entry_number(lines_of(ruklog({"show", "last", "1"}))[1]);
-    ASSERT_TRUE(tail.wait_for_output(" " + std::to_string(newest) + " "));
+    ASSERT_TRUE(tail.wait_for_output(" " + std::to_string(newest()) + " "));
     tail.send_signal(SIGINT);
     const Outcome outcome = tail.wait();
     EXPECT_EQ(outcome.signal, SIGINT);

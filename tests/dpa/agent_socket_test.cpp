@@ -262,16 +262,34 @@ TEST_F(AgentSocket, open_and_close_work_without_init_and_exit)
     close(other);
 }
 
-TEST_F(AgentSocket, opening_again_keeps_the_lock_and_no_second_descriptor)
+TEST_F(AgentSocket, opening_again_keeps_the_lock_and_forgets_the_descriptor)
 {
     const Listener listener(k_agent_path);
     ASSERT_EQ(kt_dpa_api_init(), 0);
     ktdpa_mutex *const mutex = apimutex;
-    const int descriptors = ruk_test::open_descriptors();
-    ASSERT_EQ(kt_dpa_api_init(), 0);
+    const int32_t forgotten = kt_dpa_call_fd;
     ASSERT_EQ(kt_platform_open(), kt_dpa_call_fd);
+    EXPECT_NE(kt_dpa_call_fd, forgotten);
+    EXPECT_TRUE(is_open(forgotten));
     EXPECT_EQ(apimutex, mutex);
-    EXPECT_EQ(ruk_test::open_descriptors(), descriptors);
+    EXPECT_EQ(exit_output(), "");
+    close(forgotten);
+}
+
+// As two threads do that both found the connection broken.
+TEST_F(AgentSocket, connecting_anew_leaves_no_descriptor_behind)
+{
+    ScriptedAgent agent([](const Request &request) { return reply_to(request, 0); });
+    ASSERT_EQ(kt_dpa_api_init(), 0);
+    AgentRequest request{};
+    EXPECT_EQ(kt_dpa_socket_api(kt_dpa_call_fd, &request, 56), 0);
+    const int descriptors = ruk_test::open_descriptors();
+    EXPECT_EQ(kt_dpa_socket_api(-1, &request, 56), 0);
+    EXPECT_EQ(kt_dpa_socket_api(-1, &request, 56), 0);
+    EXPECT_EQ(request.status, 0);
+    EXPECT_EQ(agent.connections(), 3);
+    // Once the peer, too, has closed its ends.
+    EXPECT_TRUE(eventually([&] { return ruk_test::open_descriptors() == descriptors; }));
     EXPECT_EQ(exit_output(), "");
 }
 

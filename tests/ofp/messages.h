@@ -1,5 +1,5 @@
 // Builds OpenFlow 1.0.0 messages byte by byte, from the layout that the public text gives
-// (OpenFlow Switch Specification 1.0.0, sections 5.1, 5.2.1 and 5.3.1).
+// (sections 5.1, 5.2.1 and 5.3.1).
 #pragma once
 
 #include <cstdint>
