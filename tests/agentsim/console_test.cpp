@@ -1,7 +1,7 @@
 // The embedded front end: command lines run inside the stand-in Agent, paged, with the log
 // functions in process.  The program is built twice, on the static and on the shared library.
 #include "tests/support/child.h"
-#include "tests/support/private_var_tmp.h"
+#include "tests/support/log_records.h"
 
 #include <fcntl.h>
 #include <fstream>
@@ -15,8 +15,6 @@ namespace
 using namespace ruk_test;
 
 const std::string k_ready = "ruklog-agentsim: serving /var/tmp/brelovs_api_socket\n";
-const std::string k_entry_header = "Timestamp                  Entry CPU  Mod Lv         Message\n";
-
 // Runs both programs over a log of count lines; they must agree.  Times and processors are masked.
 std::string console(int count, const std::string &lines)
 {

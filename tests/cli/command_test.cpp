@@ -21,23 +21,23 @@ std::string version_probe()
 }
 std::string info_request()
 {
-    return request_bytes(233, 0, k_reply_only, log_info({.stop_after = 0}));
+    return request_bytes(233, 0, k_reply_only, info_bytes({.stop_after = 0}));
 }
 std::string set_log(int32_t operation, uint64_t value = 0)
 {
     return request_bytes(236, operation, k_both_ways, u64(value));
 }
-std::string entry_request(const EntryFields &cursor)
+std::string entry_request(const Event &cursor)
 {
-    return request_bytes(234, 0, k_both_ways, log_entry(cursor));
+    return request_bytes(234, 0, k_both_ways, entry_bytes(cursor));
 }
-std::string module_request(const ModuleFields &cursor)
+std::string module_request(const Module &cursor)
 {
-    return request_bytes(311, 0, k_both_ways, log_module(cursor));
+    return request_bytes(311, 0, k_both_ways, module_bytes(cursor));
 }
 std::string find_request(const std::string &name)
 {
-    return request_bytes(312, 0, k_both_ways, log_module({.name = name}));
+    return request_bytes(312, 0, k_both_ways, module_bytes({.name = name}));
 }
 std::string set_module(int32_t index, uint32_t mask)
 {
@@ -47,27 +47,25 @@ std::string set_module(int32_t index, uint32_t mask)
 constexpr uint64_t k_first = ~uint64_t{0};
 constexpr uint32_t k_first_module = ~uint32_t{0};
 
-const EntryFields k_entry7{.seconds = 1'600'000'000,
-                           .microseconds = 42,
-                           .entry = 7,
-                           .module = 3,
-                           .level = 1,
-                           .cpu = 2,
-                           .message = "seven\n"};
-const EntryFields k_entry8{.seconds = 1'600'000'061,
-                           .microseconds = 999'999,
-                           .entry = 8,
-                           .module = 12,
-                           .level = 0x10,
-                           .cpu = 11,
-                           .message = "eight\n"};
+const Event k_entry7{.seconds = 1'600'000'000,
+                     .microseconds = 42,
+                     .entry = 7,
+                     .module = 3,
+                     .level = 1,
+                     .cpu = 2,
+                     .message = "seven\n"};
+const Event k_entry8{.seconds = 1'600'000'061,
+                     .microseconds = 999'999,
+                     .entry = 8,
+                     .module = 12,
+                     .level = 0x10,
+                     .cpu = 11,
+                     .message = "eight\n"};
 const std::string k_text7 = "Sep 13 12:26:40.000042        7  2   3   1   Error seven\n";
 const std::string k_text8 = "Sep 13 12:27:41.999999        8 11  12  16   Debug eight\n";
-const std::string k_entry_header = "Timestamp                  Entry CPU  Mod Lv         Message\n";
-
-const ModuleFields k_flow{
+const Module k_flow{
     .index = 0, .available = 0xff, .printing = 0x87, .default_printing = 0x07, .name = "flow"};
-const ModuleFields k_port{
+const Module k_port{
     .index = 4, .available = 0x1f, .printing = 0x01, .default_printing = 0x03, .name = "port"};
 
 const std::string k_help =
@@ -175,7 +173,7 @@ TEST(help, needs_no_argument_or_the_word_help)
 TEST(line, is_joined_split_and_matched)
 {
     const Reply info{
-        0, log_info(
+        0, info_bytes(
                {.available = 1, .enabled = 1, .total = 2, .wrapped = 3, .lost = 4, .skipped = 5})};
     const std::string text = "          Enabled: Yes\n"
                              "    Total Entries: 2\n"
@@ -231,10 +229,10 @@ TEST(show_info, prints_the_status)
 {
     expect_rows({
         {{"show", "info"},
-         {{0, log_info({.available = 0xffffffff,
-                        .enabled = 0,
-                        .total = 18446744073709551615u,
-                        .stop_after = 17})}},
+         {{0, info_bytes({.available = 0xffffffff,
+                          .enabled = 0,
+                          .total = 18446744073709551615u,
+                          .stop_after = 17})}},
          {info_request()},
          "          Enabled: No\n"
          "    Total Entries: 18446744073709551615\n"
@@ -249,21 +247,24 @@ TEST(show_info, prints_the_status)
 
 TEST(show_debug, lists_the_modules)
 {
-    const std::string header = "              Module           Available            Printing\n";
-    const ModuleFields unterminated{
+    const Module unterminated{
         .index = 9, .available = 0x1ff, .printing = 0, .name = "abcdefghijklmnopqrstuvwxyz012345"};
     expect_rows({
         {{"show", "debug"},
-         {{0, log_module(k_flow)}, {0, log_module(k_port)}, {0, log_module(unterminated)}, {1, ""}},
+         {{0, module_bytes(k_flow)},
+          {0, module_bytes(k_port)},
+          {0, module_bytes(unterminated)},
+          {1, ""}},
          {module_request({.index = k_first_module}), module_request(k_flow), module_request(k_port),
           module_request(unterminated)},
-         header + "                flow      ENWIDTPL (255)      ENW    L (135)\n"
-                  "                port      ENWID    ( 31)      E        (  1)\n"
-                  "abcdefghijklmnopqrstuvwxyz012345      ENWIDTPL (511)               (  0)\n"},
+         k_module_header +
+             "                flow      ENWIDTPL (255)      ENW    L (135)\n"
+             "                port      ENWID    ( 31)      E        (  1)\n"
+             "abcdefghijklmnopqrstuvwxyz012345      ENWIDTPL (511)               (  0)\n"},
         {{"show", "debug", "cookie", "3"},
          {{1, ""}},
          {module_request({.index = k_first_module})},
-         header},
+         k_module_header},
     });
 }
 
@@ -271,7 +272,7 @@ TEST(show_all, stops_reads_and_resumes)
 {
     expect_rows({
         {{"show", "all"},
-         {{0, u64(1)}, {0, log_entry(k_entry7)}, {0, log_entry(k_entry8)}, {3, ""}, {0, ""}},
+         {{0, u64(1)}, {0, entry_bytes(k_entry7)}, {0, entry_bytes(k_entry8)}, {3, ""}, {0, ""}},
          {set_log(2), entry_request({.entry = k_first}), entry_request(k_entry7),
           entry_request(k_entry8), set_log(3)},
          k_entry_header + k_text7 + k_text8},
@@ -284,7 +285,7 @@ TEST(show_all, stops_reads_and_resumes)
          {set_log(2), entry_request({.entry = k_first})},
          k_entry_header},
         {{"show", "all"},
-         {{1, u64(1)}, {0, log_entry(k_entry7)}, {3, ""}, {9, ""}},
+         {{1, u64(1)}, {0, entry_bytes(k_entry7)}, {3, ""}, {9, ""}},
          {set_log(2), entry_request({.entry = k_first}), entry_request(k_entry7), set_log(3)},
          k_entry_header + "Could not suspend log\n" + k_text7 + "Could not resume log\n"},
     });
@@ -293,17 +294,17 @@ TEST(show_all, stops_reads_and_resumes)
 // An entry's message goes into the next request as it was made to end for printing.
 TEST(show_all, asks_on_with_the_message_as_it_prints)
 {
-    EntryFields unended = k_entry7;
+    Event unended = k_entry7;
     unended.message = "seven";
-    EntryFields printed = k_entry7;
-    printed.message = field("seven", 126) + "\n";
-    EntryFields full = k_entry8;
+    Event printed = k_entry7;
+    printed.message = padded("seven", 126) + "\n";
+    Event full = k_entry8;
     full.message = std::string(128, 'a');
-    EntryFields cut = k_entry8;
+    Event cut = k_entry8;
     cut.message = std::string(127, 'a') + "\n";
     expect_rows({
         {{"show", "all"},
-         {{0, u64(0)}, {0, log_entry(unended)}, {0, log_entry(full)}, {1, ""}},
+         {{0, u64(0)}, {0, entry_bytes(unended)}, {0, entry_bytes(full)}, {1, ""}},
          {set_log(2), entry_request({.entry = k_first}), entry_request(printed),
           entry_request(cut)},
          k_entry_header + "Sep 13 12:26:40.000042        7  2   3   1   Error seven" +
@@ -314,7 +315,7 @@ TEST(show_all, asks_on_with_the_message_as_it_prints)
 TEST(show_last, counts_from_the_end)
 {
     const auto info = [](uint32_t available) {
-        return Reply{0, log_info({.available = available, .enabled = 1, .total = 100'000})};
+        return Reply{0, info_bytes({.available = available, .enabled = 1, .total = 100'000})};
     };
     const auto row = [&](std::vector<std::string> arguments, uint32_t available, uint64_t cursor) {
         return Row{std::move(arguments),
@@ -348,9 +349,9 @@ TEST(show_last, prints_what_it_reads)
     expect_rows({
         {{"show", "last", "2"},
          {{0, u64(1)},
-          {0, log_info({.available = 9, .enabled = 1, .total = 9})},
-          {0, log_entry(k_entry7)},
-          {0, log_entry(k_entry8)},
+          {0, info_bytes({.available = 9, .enabled = 1, .total = 9})},
+          {0, entry_bytes(k_entry7)},
+          {0, entry_bytes(k_entry8)},
           {1, ""},
           {0, ""}},
          {set_log(2), info_request(), entry_request({.entry = 6}), entry_request(k_entry7),
@@ -386,9 +387,9 @@ TEST(entries, end_their_messages_within_the_field)
     };
     for (const auto &row : rows) {
         SCOPED_TRACE(row.message);
-        EntryFields entry = k_entry7;
+        Event entry = k_entry7;
         entry.message = row.message;
-        ScriptedAgent agent(replies({{0, ""}, {0, u64(0)}, {0, log_entry(entry)}}));
+        ScriptedAgent agent(replies({{0, ""}, {0, u64(0)}, {0, entry_bytes(entry)}}));
         EXPECT_EQ(run({RUKLOG_PATH, "show", "all"}).out,
                   k_entry_header + "Sep 13 12:26:40.000042        7  2   3   1   Error " +
                       row.printed);
@@ -397,14 +398,14 @@ TEST(entries, end_their_messages_within_the_field)
 
 TEST(entries, print_every_field_at_its_width)
 {
-    const EntryFields entry{.seconds = 0xffffffff,
-                            .microseconds = 5,
-                            .entry = k_first - 1,
-                            .module = 0xffffffff,
-                            .level = 3,
-                            .cpu = 0xffff,
-                            .message = "x\n"};
-    ScriptedAgent agent(replies({{0, ""}, {0, u64(0)}, {0, log_entry(entry)}}));
+    const Event entry{.seconds = 0xffffffff,
+                      .microseconds = 5,
+                      .entry = k_first - 1,
+                      .module = 0xffffffff,
+                      .level = 3,
+                      .cpu = 0xffff,
+                      .message = "x\n"};
+    ScriptedAgent agent(replies({{0, ""}, {0, u64(0)}, {0, entry_bytes(entry)}}));
     EXPECT_EQ(run({RUKLOG_PATH, "show", "all"}).out,
               k_entry_header +
                   "Feb  7 06:28:15.000005 18446744073709551614 65535  -1   3         x\n");
@@ -451,7 +452,7 @@ TEST(debug, changes_one_module)
         std::vector<std::string> arguments{"debug", "flow"};
         arguments.insert(arguments.end(), words.begin(), words.end());
         return Row{arguments,
-                   {{0, log_module(k_port)}, {0, ""}},
+                   {{0, module_bytes(k_port)}, {0, ""}},
                    {find_request("flow"), set_module(4, mask)},
                    ""};
     };
@@ -481,23 +482,22 @@ TEST(debug, changes_one_module)
 
 TEST(debug, changes_every_module_to_the_same_mask)
 {
-    const ModuleFields all{
-        .index = 0xffff, .printing = 0x30, .default_printing = 0x07, .name = "all"};
-    ModuleFields first = all;
+    const Module all{.index = 0xffff, .printing = 0x30, .default_printing = 0x07, .name = "all"};
+    Module first = all;
     first.index = k_first_module;
     expect_rows({
         {{"debug", "all", "all", "none", "w"},
-         {{0, log_module(all)},
-          {0, log_module(k_flow)},
+         {{0, module_bytes(all)},
+          {0, module_bytes(k_flow)},
           {7, u32(0)},
-          {0, log_module(k_port)},
+          {0, module_bytes(k_port)},
           {0, ""},
           {1, ""}},
          {find_request("all"), module_request(first), set_module(0, 4), module_request(k_flow),
           set_module(4, 4), module_request(k_port)},
          ""},
         {{"debug", "ALL", "-i", "w"},
-         {{0, log_module(all)}, {0, log_module(k_flow)}, {0, ""}, {1, ""}},
+         {{0, module_bytes(all)}, {0, module_bytes(k_flow)}, {0, ""}, {1, ""}},
          {find_request("ALL"), module_request(first), set_module(0, 0x34), module_request(k_flow)},
          ""},
     });
@@ -526,16 +526,16 @@ TEST(show_tail, begins_with_the_newest_and_goes_on)
     ScriptedAgent agent([&](const Request &request) -> std::optional<std::string> {
         switch (request.opcode()) {
         case 233:
-            return reply_to(request, 0, log_info({.available = 27, .enabled = 1, .total = 9}));
+            return reply_to(request, 0, info_bytes({.available = 27, .enabled = 1, .total = 9}));
         case 234:
-            if (request.payload() == log_entry(k_entry7) && refusals++ == 0) {
+            if (request.payload() == entry_bytes(k_entry7) && refusals++ == 0) {
                 return reply_to(request, 1);
             }
-            return request.payload() == log_entry(k_entry7)
-                       ? reply_to(request, 0, log_entry(k_entry8))
-                   : request.payload() == log_entry(k_entry8)
+            return request.payload() == entry_bytes(k_entry7)
+                       ? reply_to(request, 0, entry_bytes(k_entry8))
+                   : request.payload() == entry_bytes(k_entry8)
                        ? reply_to(request, 1)
-                       : reply_to(request, 0, log_entry(k_entry7));
+                       : reply_to(request, 0, entry_bytes(k_entry7));
         default:
             return reply_to(request, 0);
         }

@@ -1,7 +1,7 @@
 // The tool against the stand-in Agent: real logs, several programs at once, restarts.
 #include "tests/support/child.h"
 #include "tests/support/eventually.h"
-#include "tests/support/private_var_tmp.h"
+#include "tests/support/log_records.h"
 
 #include <csignal>
 #include <cstdlib>
@@ -15,8 +15,6 @@ namespace
 {
 
 using namespace ruk_test;
-
-const std::string k_entry_header = "Timestamp                  Entry CPU  Mod Lv         Message\n";
 
 std::string ruklog(std::vector<std::string> arguments)
 {

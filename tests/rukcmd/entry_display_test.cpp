@@ -100,7 +100,7 @@ TEST_F(ruk_log_print_entry_, formats_each_field)
 
 TEST_F(ruk_log_print_entry_, shows_local_time)
 {
-    setenv("TZ", "XXX-5:30", 1);
+    setenv("TZ", "IST-5:30", 1);
     tzset();
     EXPECT_EQ(print_entry(entry_with(1, "x\n")).out,
               "Nov 15 03:43:20.000000        1  0   0   1   Error x\n");

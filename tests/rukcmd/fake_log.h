@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-#include "tests/rukcmd/records.h"
+#include "tests/support/log_records.h"
 
 namespace ruk_test
 {

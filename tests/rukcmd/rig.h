@@ -7,8 +7,8 @@
 #include <vector>
 
 #include "tests/rukcmd/fake_log.h"
-#include "tests/rukcmd/records.h"
 #include "tests/support/capture.h"
+#include "tests/support/log_records.h"
 #include "tests/support/scripted_agent.h"
 
 namespace ruk_test

@@ -1,43 +1,44 @@
-// The log service's records as bytes, laid out here by hand.
+// The records of the log service as bytes, typed here by their offsets so that the tests don't lean
+// on the structures that they check.
 #pragma once
 
-#include "tests/support/scripted_agent.h"
+#include <cstdint>
+#include <cstring>
+#include <string>
 
 namespace ruk_test
 {
 
-inline std::string u16(uint16_t value)
+// A number's bytes in host order.
+template <typename Number> std::string bytes_of(Number number)
 {
-    return u32(value).substr(0, 2);
+    std::string bytes(sizeof number, '\0');
+    memcpy(bytes.data(), &number, sizeof number);
+    return bytes;
 }
 
-// Text in a field of size bytes, filled up with zeros; a text as long as the field has no
-// terminator.
-inline std::string field(std::string text, size_t size)
+template <typename Number> Number number_at(const std::string &bytes, size_t offset)
 {
-    text.resize(size, '\0');
-    return text;
+    Number number;
+    memcpy(&number, &bytes.at(offset), sizeof number);
+    return number;
 }
 
-constexpr uint64_t k_no_stop = ~uint64_t{0};
+// text cut or filled with zeros to size bytes.
+std::string padded(const std::string &text, size_t size);
 
-struct InfoFields {
+struct Info {
     uint32_t available = 0;
     uint32_t enabled = 0;
     uint64_t total = 0;
     uint64_t wrapped = 0;
     uint64_t lost = 0;
     uint64_t skipped = 0;
-    uint64_t stop_after = k_no_stop;
+    uint64_t stop_after = UINT64_MAX;
 };
+std::string info_bytes(const Info &info);
 
-inline std::string log_info(const InfoFields &info)
-{
-    return u32(info.available) + u32(info.enabled) + u64(info.total) + u64(info.wrapped) +
-           u64(info.lost) + u64(info.skipped) + u64(info.stop_after);
-}
-
-struct EntryFields {
+struct Event {
     uint32_t seconds = 0;
     uint32_t microseconds = 0;
     uint64_t entry = 0;
@@ -46,25 +47,27 @@ struct EntryFields {
     uint16_t cpu = 0;
     std::string message = "";
 };
+std::string entry_bytes(const Event &event);
 
-inline std::string log_entry(const EntryFields &entry)
-{
-    return u32(entry.seconds) + u32(entry.microseconds) + u64(entry.entry) + u32(entry.module) +
-           u16(entry.level) + u16(entry.cpu) + field(entry.message, 128);
-}
-
-struct ModuleFields {
+struct Module {
     uint32_t index = 0;
     uint32_t available = 0;
     uint32_t printing = 0;
     uint32_t default_printing = 0;
     std::string name = "";
 };
+std::string module_bytes(const Module &module);
 
-inline std::string log_module(const ModuleFields &module)
-{
-    return u32(module.index) + u32(module.available) + u32(module.printing) +
-           u32(module.default_printing) + field(module.name, 32);
-}
+// Event number n of many alike, and the line that it prints as.
+std::string numbered_entry(uint64_t n);
+std::string numbered_line(uint64_t n);
+
+// The lines of the events from first to last.
+std::string numbered_lines(uint64_t first, uint64_t last);
+
+inline const std::string k_entry_header =
+    "Timestamp                  Entry CPU  Mod Lv         Message\n";
+inline const std::string k_module_header =
+    "              Module           Available            Printing\n";
 
 } // namespace ruk_test

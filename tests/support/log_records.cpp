@@ -1,4 +1,4 @@
-#include "tests/rukcmd/records.h"
+#include "tests/support/log_records.h"
 
 namespace ruk_test
 {
