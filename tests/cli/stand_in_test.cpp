@@ -141,6 +141,7 @@ TEST(stand_in, shows_messages_of_every_length)
         size_t length;
         std::string end; // of what is printed
     } const rows[] = {
+        {0, ""},
         {1, "a"},
         {125, std::string(125, 'a')},
         {126, std::string(126, 'a') + "\n"},
