@@ -60,14 +60,16 @@ void run_command(const std::string &command)
 {
     std::string page = run_once(command);
     ship(page);
-    for (uint32_t cookie = 0; ruk_rcli_more_output != 0; ship(page)) {
-        // Pages whose cookie does not grow, or that all begin at the oldest entry, come for ever.
-        if (ruk_rcli_more_output <= cookie || page.find(k_whole_log) != page.npos) {
+    while (ruk_rcli_more_output != 0) {
+        const uint32_t cookie = ruk_rcli_more_output;
+        const bool is_whole_log = page.find(k_whole_log) != page.npos;
+        page = run_once(page_command(command) + "cookie " + std::to_string(cookie));
+        // Pages that all begin at the oldest entry, or whose cookie does not grow, come for ever.
+        if (is_whole_log || (ruk_rcli_more_output != 0 && ruk_rcli_more_output <= cookie)) {
             ship(k_no_more);
             return;
         }
-        cookie = ruk_rcli_more_output;
-        page = run_once(page_command(command) + "cookie " + std::to_string(cookie));
+        ship(page);
     }
 }
 

@@ -3,6 +3,7 @@
 #include "tests/support/child.h"
 #include "tests/support/log_records.h"
 
+#include <algorithm>
 #include <fcntl.h>
 #include <fstream>
 #include <regex>
@@ -16,7 +17,7 @@ using namespace ruk_test;
 
 const std::string k_ready = "ruklog-agentsim: serving /var/tmp/brelovs_api_socket\n";
 // Runs both programs over a log of count lines; they must agree.  Times and processors are masked.
-std::string console(int count, const std::string &lines)
+std::string console(int count, const std::string &lines, const std::string &first_entry = "0")
 {
     const std::string path = "/var/tmp/console-lines." + std::to_string(getpid());
     std::ofstream file(path);
@@ -26,11 +27,12 @@ std::string console(int count, const std::string &lines)
     file.close();
     std::string agreed;
     for (const char *program : {AGENTSIM_PATH, AGENTSIM_ON_SHARED_PATH}) {
-        const Outcome outcome = run({program, "--console", "--feed", path}, lines);
+        const Outcome outcome =
+            run({program, "--console", "--feed", path, "--first-entry", first_entry}, lines);
         EXPECT_EQ(outcome.exit_status, 0);
         EXPECT_EQ(outcome.err, "");
         const std::regex varying(
-            "(^|\\n)[A-Z][a-z]{2} [ \\d]\\d [\\d:]{8}\\.\\d{6} ([ \\d]{8}) [ \\d]\\d");
+            "(^|\\n)[A-Z][a-z]{2} [ \\d]\\d [\\d:]{8}\\.\\d{6} ( *\\d+) [ \\d]\\d");
         const std::string masked = std::regex_replace(outcome.out, varying, "$1TIME $2 CP");
         EXPECT_TRUE(agreed.empty() || agreed == masked) << masked;
         agreed = masked;
@@ -139,6 +141,37 @@ TEST(console, does_not_follow_pages_that_repeat)
               "Setting entry as invalid \n" +
                   k_entry_header + entries(0, 6) +
                   "The rest can't be paged; ruklog show all shows the whole log.\n");
+}
+
+// A cookie has 32 bits: that of an entry 5,000,000,006 leads back to the beginning.
+TEST(console, does_not_follow_a_cookie_that_repeats)
+{
+    const std::string text = console(20, "stop\nshow all\n", "5000000000");
+    std::string page;
+    for (int i = 0; i < 7; ++i) {
+        page += "TIME 500000000" + std::to_string(i) + " CP   1   8    Info line " +
+                std::to_string(i) + "\n";
+    }
+    EXPECT_EQ(text, "Will suspend log after next 0 entries\n" + k_entry_header + page +
+                        "The rest can't be paged; ruklog show all shows the whole log.\n");
+}
+
+// More entries than the buffer takes: what did not fit is dropped, and nothing else comes out.
+TEST(console, ships_what_was_written_and_no_more)
+{
+    const std::string stopped = "Will suspend log after next 0 entries\n";
+    const std::string text = console(3000, "stop\nshow last 2000 x\nshow last 1990 y\n");
+    ASSERT_EQ(text.substr(0, stopped.size()), stopped);
+    const std::string rest = text.substr(stopped.size());
+    const size_t second = rest.find(k_entry_header, 1);
+    ASSERT_NE(second, rest.npos);
+    const auto shown = [](const std::string &run) {
+        return static_cast<int>(std::count(run.begin(), run.end(), '\n')) - 1;
+    };
+    const std::string runs[] = {rest.substr(0, second), rest.substr(second)};
+    ASSERT_GT(shown(runs[0]), 100);
+    EXPECT_EQ(runs[0], k_entry_header + entries(1000, 999 + shown(runs[0])));
+    EXPECT_EQ(runs[1], k_entry_header + entries(1010, 1009 + shown(runs[1])));
 }
 
 TEST(console, serves_the_socket_meanwhile)
