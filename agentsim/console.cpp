@@ -17,7 +17,7 @@ namespace agentsim
 namespace
 {
 
-// A longer line is no command; it is dropped rather than kept growing.
+// A longer line is no command; it is refused rather than kept growing.
 constexpr size_t k_longest_line = 16384;
 
 // What show last prints when it was asked for no less than the log holds.  Its pages then all begin
@@ -77,11 +77,14 @@ void run_command(const std::string &command)
 
 void run_console_line(std::string_view line)
 {
-    // Command by command, since a cookie belongs to one.
+    // Command by command, since a cookie belongs to one.  The matcher ends a command at the same
+    // characters.
+    const auto ends_command = [](char c) { return c == ';' || c < ' ' || c > '~'; };
     while (!line.empty()) {
-        const size_t end = std::min(line.find(';'), line.size());
-        run_command(std::string(line.substr(0, end)));
-        line.remove_prefix(std::min(end + 1, line.size()));
+        const auto end = std::find_if(line.begin(), line.end(), ends_command);
+        const auto length = static_cast<size_t>(end - line.begin());
+        run_command(std::string(line.substr(0, length)));
+        line.remove_prefix(std::min(length + 1, line.size()));
     }
     fflush(stdout);
 }
@@ -102,6 +105,34 @@ void Console::prompt() const
     }
 }
 
+void Console::take(std::string_view piece)
+{
+    while (!piece.empty()) {
+        const size_t end = std::min(piece.find('\n'), piece.size());
+        is_too_long_ = is_too_long_ || pending_.size() + end > k_longest_line;
+        if (!is_too_long_) {
+            pending_.append(piece.substr(0, end));
+        }
+        if (end == piece.size()) {
+            return;
+        }
+        end_line();
+        prompt();
+        piece.remove_prefix(end + 1);
+    }
+}
+
+void Console::end_line()
+{
+    if (is_too_long_) {
+        fputs("The line is too long; nothing of it was run.\n", stdout);
+    } else {
+        run_console_line(pending_);
+    }
+    pending_.clear();
+    is_too_long_ = false;
+}
+
 bool Console::collect(LogService &, int64_t)
 {
     char piece[4096];
@@ -110,19 +141,11 @@ bool Console::collect(LogService &, int64_t)
         return true;
     }
     if (got <= 0) {
-        run_console_line(pending_);
+        end_line();
         kill(getpid(), SIGTERM);
         return false;
     }
-    pending_.append(piece, static_cast<size_t>(got));
-    for (size_t end; (end = pending_.find('\n')) != pending_.npos;) {
-        run_console_line(std::string_view(pending_).substr(0, end));
-        pending_.erase(0, end + 1);
-        prompt();
-    }
-    if (pending_.size() > k_longest_line) {
-        pending_.clear();
-    }
+    take({piece, static_cast<size_t>(got)});
     return true;
 }
 

@@ -24,9 +24,13 @@ public:
     bool collect(LogService &service, int64_t now) override;
 
 private:
+    void take(std::string_view piece);
+    void end_line();
+
     int descriptor_;
     bool is_terminal_;
-    std::string pending_; // the beginning of a line
+    std::string pending_;      // the beginning of a line
+    bool is_too_long_ = false; // and so much of it that it is refused
 };
 
 // Runs each command of a line to its last page and prints what it says.

@@ -14,15 +14,14 @@ namespace
 {
 
 constexpr unsigned k_tail_pause_seconds = 2;
-constexpr int32_t k_on_agents_behalf = 0; // the argument local of ruk_log_hold
 
 // One request of show tail.  The log is held just for its length, and released whatever the hold
 // returned.
 bool next_entry_of_tail(LogEntry &entry)
 {
-    ruk_log_hold(k_on_agents_behalf);
+    ruk_log_hold(log_service::k_on_agents_behalf);
     const bool got = log_service::next_entry(entry);
-    ruk_log_release(1, k_on_agents_behalf);
+    ruk_log_release(1, log_service::k_on_agents_behalf);
     return got;
 }
 
@@ -63,11 +62,11 @@ int32_t ruk_log_show_last(const char *arguments)
     const uint32_t count = newest_entries::count_of(arguments);
     HeldLog log;
     LogInfo info{};
-    if (!log_service::require_info(info)) {
-        log.release();
+    if (!log_service::get_info(info)) {
+        log.give_up(log_service::k_no_info);
         return -1;
     }
-    ruk_log_print_entry_header();
+    log.print_header();
     log.show_after(newest_entries::cursor_before(count, info));
     return 0;
 }
@@ -78,10 +77,10 @@ int32_t ruk_log_show_tail(const char *)
         ruk_rcli_printf("Not supported in TOB\n");
         return -1;
     }
-    ruk_log_hold(k_on_agents_behalf);
+    ruk_log_hold(log_service::k_on_agents_behalf);
     LogInfo info{};
     const bool got_info = log_service::require_info(info);
-    ruk_log_release(1, k_on_agents_behalf);
+    ruk_log_release(1, log_service::k_on_agents_behalf);
     if (!got_info) {
         return -1;
     }

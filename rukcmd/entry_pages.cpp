@@ -12,7 +12,6 @@ namespace
 {
 
 constexpr uint64_t k_no_limit = UINT64_MAX;
-constexpr int32_t k_on_agents_behalf = 0; // the argument local of ruk_log_hold
 
 // Prints what follows cursor, at most limit entries.  True when the limit was reached; entry is
 // then the last one printed.
@@ -111,10 +110,10 @@ int32_t show_all_page(const char *arguments)
         return result_of(start);
     }
     const uint32_t cookie = paging::cookie_of(arguments);
-    const uint32_t was_on = ruk_log_hold(k_on_agents_behalf);
+    const uint32_t was_on = ruk_log_hold(log_service::k_on_agents_behalf);
     LogInfo info{};
     if (!log_service::require_info(info)) {
-        ruk_log_release(was_on, k_on_agents_behalf);
+        ruk_log_release(was_on, log_service::k_on_agents_behalf);
         return -1;
     }
     if (info.available == 0) {
@@ -130,7 +129,7 @@ int32_t show_all_page(const char *arguments)
     LogEntry entry{};
     const bool is_full = print_after(entry, cursor, PAGE_RECORDS);
     ruk_rcli_more_output = is_full ? static_cast<uint32_t>(entry.entry) : 0;
-    ruk_log_release(was_on, k_on_agents_behalf);
+    ruk_log_release(was_on, log_service::k_on_agents_behalf);
     return 0;
 }
 
@@ -144,10 +143,10 @@ int32_t show_last_page(const char *arguments)
     if (!parse_last_page(arguments, page)) {
         return -1;
     }
-    const uint32_t was_on = ruk_log_hold(k_on_agents_behalf);
+    const uint32_t was_on = ruk_log_hold(log_service::k_on_agents_behalf);
     LogInfo info{};
     if (!log_service::require_info(info)) {
-        ruk_log_release(was_on, k_on_agents_behalf);
+        ruk_log_release(was_on, log_service::k_on_agents_behalf);
         return -1;
     }
     const uint64_t cursor = cursor_of(page, info);
@@ -160,6 +159,6 @@ int32_t show_last_page(const char *arguments)
     if (page.is_limited) {
         ruk_rcli_more_output = is_full ? page.cookie + PAGE_RECORDS : 0;
     }
-    ruk_log_release(was_on, k_on_agents_behalf);
+    ruk_log_release(was_on, log_service::k_on_agents_behalf);
     return 0;
 }

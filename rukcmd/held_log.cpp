@@ -12,12 +12,11 @@
 namespace
 {
 
-constexpr int32_t k_local = 1;
 constexpr size_t k_first_capacity = 1024;
 constexpr size_t k_most_entries = size_t{1} << 20;
 
-// An Agent that has gone can't be held up by the printing, and what the failed release has to say
-// belongs behind the entries.
+// What has been read is then printed before the release: the release connects anew, and what that
+// has to say when the Agent is gone belongs behind the entries.
 bool connection_is_broken()
 {
     return !log_service::is_in_process() && kt_dpa_call_fd == -1;
@@ -54,30 +53,28 @@ void EntryStore::print_and_empty(const InterruptionGuard &guard)
     count_ = 0;
 }
 
-HeldLog::HeldLog() : was_on_(ruk_log_hold(k_local)) {}
+HeldLog::HeldLog() : was_on_(ruk_log_hold(log_service::k_local)) {}
+
+HeldLog::~HeldLog()
+{
+    if (!ended_) {
+        end();
+    }
+}
 
 void HeldLog::show_after(uint64_t cursor)
 {
-    EntryStore entries;
-    read_into(entries, cursor);
-    if (connection_is_broken()) {
-        print_held(entries, nullptr);
-    }
-    const bool released = log_service::release(was_on_, true);
-    guard_.end();
-    entries.print_and_empty(guard_);
-    if (!released) {
-        log_service::report_failed_release();
-    }
+    read_after(cursor);
+    end();
 }
 
-void HeldLog::release()
+void HeldLog::give_up(const char *message)
 {
-    ruk_log_release(was_on_, k_local);
-    guard_.end();
+    last_words_ = message;
+    end();
 }
 
-void HeldLog::read_into(EntryStore &entries, uint64_t cursor)
+void HeldLog::read_after(uint64_t cursor)
 {
     LogEntry entry{};
     entry.entry = cursor;
@@ -87,17 +84,46 @@ void HeldLog::read_into(EntryStore &entries, uint64_t cursor)
         settle_message(entry);
         // In process there is no exchange to keep up with, and a log whose reading never ends must
         // not fill the memory.
-        if (log_service::is_in_process() || !entries.add(entry)) {
-            print_held(entries, &entry);
+        if (log_service::is_in_process() || !entries_.add(entry)) {
+            print_held(&entry);
         }
     }
 }
 
+void HeldLog::end()
+{
+    ended_ = true;
+    if (connection_is_broken()) {
+        print_held(nullptr);
+    }
+    const bool released = log_service::release(was_on_, log_service::k_local);
+    guard_.end();
+    print();
+    if (!released) {
+        log_service::report_failed_release();
+    }
+}
+
+// Whatever has not been printed yet, as long as nothing interrupts.  A guard that has ended notes
+// no signals.
+void HeldLog::print()
+{
+    if (header_due_ && !guard_.interrupted()) {
+        header_due_ = false;
+        ruk_log_print_entry_header();
+    }
+    entries_.print_and_empty(guard_);
+    if (last_words_ != nullptr && !guard_.interrupted()) {
+        ruk_rcli_printf("%s", last_words_);
+        last_words_ = nullptr;
+    }
+}
+
 // Prints while the log is stopped: a reader that takes nothing, or has gone, must not keep it so.
-void HeldLog::print_held(EntryStore &entries, LogEntry *last)
+void HeldLog::print_held(LogEntry *last)
 {
     guard_.restart_calls(false);
-    entries.print_and_empty(guard_);
+    print();
     if (!guard_.interrupted()) {
         ruk_log_print_entry(last);
     }

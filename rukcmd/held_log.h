@@ -1,6 +1,6 @@
 // The stand-alone tool's read-out.  Logging is stopped for as long as the exchanges take: entries
-// are read into memory first and printed once the log runs again, so that a slow reader of the
-// output costs no events.
+// are read into memory first and everything is printed once the log runs again, so that a slow
+// reader of the output costs no events.
 #pragma once
 
 #include <cstddef>
@@ -29,21 +29,35 @@ private:
     size_t capacity_ = 0;
 };
 
-// Stops the log when made; one of the two members must then be called to let it run again.
+// Stops the log when made and lets it run again when it ends, at the latest.
 class HeldLog
 {
 public:
     HeldLog();
+    ~HeldLog();
+    HeldLog(const HeldLog &) = delete;
+    HeldLog &operator=(const HeldLog &) = delete;
 
-    // Reads what follows cursor, releases the log and prints.
+    // The header of the entries, printed before the first of them.
+    void print_header() { header_due_ = true; }
+
+    // Reads what follows cursor, ends the hold and prints.
     void show_after(uint64_t cursor);
-    void release();
+
+    // Ends the hold and prints message instead.
+    void give_up(const char *message);
 
 private:
-    void read_into(EntryStore &entries, uint64_t cursor);
-    void print_held(EntryStore &entries, LogEntry *last);
+    void read_after(uint64_t cursor);
+    void end();
+    void print();
+    void print_held(LogEntry *last);
     void let_exchanges_finish();
 
     InterruptionGuard guard_; // first: nothing may interrupt the stop itself
     uint32_t was_on_;
+    bool ended_ = false;
+    bool header_due_ = false;
+    EntryStore entries_;
+    const char *last_words_ = nullptr;
 };

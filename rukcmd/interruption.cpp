@@ -13,10 +13,7 @@ struct GuardedSignal {
 };
 
 GuardedSignal guarded[] = {
-    {SIGINT, 0, {}},
-    {SIGTERM, 0, {}},
-    {SIGHUP, 0, {}},
-    {SIGPIPE, 0, {}},
+    {SIGINT, 0, {}}, {SIGTERM, 0, {}}, {SIGHUP, 0, {}}, {SIGQUIT, 0, {}}, {SIGPIPE, 0, {}},
 };
 
 volatile sig_atomic_t noted = 0;

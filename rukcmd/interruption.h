@@ -1,10 +1,10 @@
 // Keeps an interruption from leaving the log stopped.
 //
-// From its construction on, the first of SIGINT, SIGTERM, SIGHUP and SIGPIPE is only noted, so that
-// a read-out can see it between two entries and release the log.  A second one acts as it would
-// have before, since an Agent that has stalled must not make the tool unkillable.  When the guard
-// ends, the former dispositions are back and the noted signal is raised again.  A signal that was
-// ignored stays ignored.
+// From its construction on, the first of SIGINT, SIGTERM, SIGHUP, SIGQUIT and SIGPIPE is only
+// noted, so that a read-out can see it between two entries and release the log.  A second one acts
+// as it would have before, since an Agent that has stalled must not make the tool unkillable.  When
+// the guard ends, the former dispositions are back and the noted signal is raised again.  A signal
+// that was ignored stays ignored.
 #pragma once
 
 class InterruptionGuard

@@ -37,7 +37,7 @@ bool require_info(LogInfo &info)
 {
     const bool got = get_info(info);
     if (!got) {
-        ruk_rcli_printf("Can't get log info\n");
+        ruk_rcli_printf("%s", k_no_info);
     }
     return got;
 }
@@ -66,17 +66,20 @@ bool find_module(LogModule &module)
                            : ask_agent(KT_OPC_FIND_LOG_MODULE, 0, k_both_ways, module);
 }
 
-bool set_module(uint32_t index, uint32_t mask)
+void set_module(uint32_t index, uint32_t mask)
 {
     // The mask is a copy: what comes back in it is nobody's business.
-    return is_in_process() ? kt_set_log_module(index, &mask) == 0
-                           : ask_agent(KT_OPC_SET_LOG_MODULE, index, k_both_ways, mask);
+    if (is_in_process()) {
+        kt_set_log_module(index, &mask);
+    } else {
+        ask_agent(KT_OPC_SET_LOG_MODULE, index, k_both_ways, mask);
+    }
 }
 
-bool release(uint32_t was_on, bool local)
+bool release(uint32_t was_on, Hold kind)
 {
     uint64_t value = 0;
-    return was_on == 0 || set_log(local ? LOG_SET_RESUME : LOG_SET_RELEASE, value);
+    return was_on == 0 || set_log(kind == k_local ? LOG_SET_RESUME : LOG_SET_RELEASE, value);
 }
 
 void report_failed_release()
@@ -97,7 +100,8 @@ uint32_t ruk_log_hold(int32_t local)
 
 void ruk_log_release(uint32_t was_on, int32_t local)
 {
-    if (!log_service::release(was_on, local != 0)) {
+    const auto kind = local != 0 ? log_service::k_local : log_service::k_on_agents_behalf;
+    if (!log_service::release(was_on, kind)) {
         log_service::report_failed_release();
     }
 }

@@ -48,6 +48,6 @@ void ruk_rcli_printf(const char *format, ...)
     }
     va_end(arguments);
     // The cursor moves even when nothing was written: once the buffer is full, every later line
-    // of the command is dropped whole instead of being cut.
+    // of the command is dropped whole.
     advance_cursor();
 }

@@ -82,6 +82,14 @@ TEST(console, runs_a_last_line_without_its_end)
     EXPECT_EQ(console(0, "clear"), "Cleared log\n");
 }
 
+TEST(console, refuses_a_line_that_is_too_long)
+{
+    EXPECT_EQ(console(0, "stop\n" + std::string(20'000, 'x') + ";clear\nclear\n"),
+              "Will suspend log after next 0 entries\n"
+              "The line is too long; nothing of it was run.\n"
+              "Cleared log\n");
+}
+
 TEST(console, follows_the_modules_page_by_page)
 {
     const std::string text = console(0, "debug all none e\nshow debug\n");
@@ -132,6 +140,8 @@ TEST(console, replaces_a_cookie_that_was_typed)
     EXPECT_EQ(console(30, "stop\nshow all 5 cookie 7\n"), stopped + entries(6, 29));
     EXPECT_EQ(console(30, "stop\nshow all 5\n"), stopped + entries(6, 29));
     EXPECT_EQ(console(30, "stop\n  show   all abc\n"), stopped + k_entry_header + entries(0, 29));
+    EXPECT_EQ(console(30, "stop\n\tshow all\tshow debugs\n"),
+              stopped + k_entry_header + entries(0, 29));
 }
 
 TEST(console, does_not_follow_pages_that_repeat)

@@ -81,6 +81,26 @@ TEST(read_out, does_not_wait_for_its_reader)
     EXPECT_EQ(std::count(out.begin(), out.end(), '\n'), 20'001);
 }
 
+// The pipe and the buffer are filled to the brim first, so that the very next line has to wait.
+TEST(read_out, prints_nothing_while_the_log_is_stopped)
+{
+    constexpr size_t k_room = 65536 + 4096 - 20; // a pipe, and a buffer but for a few characters
+    std::string line;
+    for (size_t printed = 0; printed + 21 <= k_room; printed += 21) {
+        line += "x;"; // "No match found for x"
+    }
+    for (const char *command : {"show last 1", "show last"}) {
+        const bool has_info = strcmp(command, "show last 1") == 0;
+        ScriptedAgent agent([has_info](const Request &request) {
+            return request.opcode() == 233 && !has_info ? std::optional(reply_to(request, 1))
+                                                        : long_log()(request);
+        });
+        Child tool({RUKLOG_PATH, line + command});
+        EXPECT_TRUE(eventually([&] { return has_released(agent); }, std::chrono::seconds(5)));
+        EXPECT_EQ(tool.wait().exit_status, 0);
+    }
+}
+
 TEST(read_out, releases_the_log_when_its_reader_goes)
 {
     ScriptedAgent agent(long_log());
@@ -92,7 +112,7 @@ TEST(read_out, releases_the_log_when_its_reader_goes)
 
 TEST(read_out, releases_the_log_when_it_is_interrupted)
 {
-    for (const int number : {SIGINT, SIGTERM, SIGHUP}) {
+    for (const int number : {SIGINT, SIGTERM, SIGHUP, SIGQUIT}) {
         SCOPED_TRACE(number);
         ScriptedAgent agent(endless_log);
         Child tool({RUKLOG_PATH, "show", "all"});
