@@ -24,6 +24,9 @@ public:
     Connection(const Connection &) = delete;
     Connection &operator=(const Connection &) = delete;
 
+    // Whether it keeps the log held.
+    bool holds() const { return client_.holds > 0; }
+
     // Where the next received bytes go.  Never empty unless an answer waits to be sent.
     std::span<std::byte> room();
 

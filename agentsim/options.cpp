@@ -32,7 +32,6 @@ struct NumberRow {
 
 constexpr FlagRow k_flags[] = {
     {"--console", &Options::console},
-    {"--foreground", &Options::foreground},
     {"--help", &Options::help},
     {"--kmsg", &Options::kmsg},
     {"--no-line-feed", &Options::no_line_feed},
@@ -168,7 +167,6 @@ const char k_help[] =
     "  --pidfile PATH     keep the process id in PATH while serving\n"
     "  --management-ip A  management address (default 127.0.0.1)\n"
     "  --version-mismatch answer version probes with a mismatch\n"
-    "  --foreground       stay in the foreground (always so)\n"
     "  --help             print this text\n";
 
 } // namespace agentsim

@@ -26,7 +26,6 @@ struct Options {
     bool console = false;
     Identity identity;
     std::string pidfile;
-    bool foreground = true; // there is no other way
     bool help = false;
 };
 

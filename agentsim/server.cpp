@@ -98,22 +98,42 @@ bool Server::run()
         serve_peers(waits);
         collect_events(waits);
         if (waits.ready(1)) {
-            accept_some();
+            accept_some(waits.now);
         }
     }
 }
 
-void Server::accept_some()
+void Server::accept_some(int64_t now)
 {
     for (int i = 0; i < k_accept_batch; ++i) {
         UniqueFd fd(accept4(listener_, nullptr, nullptr, SOCK_NONBLOCK | SOCK_CLOEXEC));
-        if (fd && peers_.size() < k_connection_limit) {
+        if (fd && make_room()) {
             peers_.push_back(std::make_unique<Peer>(std::move(fd), service_));
+            peers_.back()->active = now;
         } else if (!fd && errno != ECONNABORTED && errno != EINTR) {
             accepting_ = errno == EAGAIN;
             return;
         }
     }
+}
+
+// Idle connections must not keep the others out.  False: every one holds the log.
+bool Server::make_room()
+{
+    if (peers_.size() < k_connection_limit) {
+        return true;
+    }
+    // Those that hold the log come last.
+    const auto idlest =
+        std::min_element(peers_.begin(), peers_.end(), [](const auto &a, const auto &b) {
+            return std::pair(a->connection.holds(), a->active) <
+                   std::pair(b->connection.holds(), b->active);
+        });
+    if ((*idlest)->connection.holds()) {
+        return false;
+    }
+    peers_.erase(idlest);
+    return true;
 }
 
 void Server::collect_events(const Waits &waits)
@@ -130,7 +150,7 @@ void Server::collect_events(const Waits &waits)
 void Server::serve_peers(const Waits &waits)
 {
     for (size_t i = 0; i < peers_.size(); ++i) {
-        if (waits.ready(waits.peers + i) && !serve(*peers_[i])) {
+        if (waits.ready(waits.peers + i) && !serve(*peers_[i], waits.now)) {
             peers_[i].reset();
         }
     }
@@ -138,8 +158,9 @@ void Server::serve_peers(const Waits &waits)
 }
 
 // Receives once and sends what there is to answer.  False: the connection has ended.
-bool Server::serve(Peer &peer)
+bool Server::serve(Peer &peer, int64_t now)
 {
+    peer.active = now;
     Connection &connection = peer.connection;
     if (const auto room = connection.room(); !room.empty()) {
         const ssize_t got = recv(peer.fd.get(), room.data(), room.size(), 0);

@@ -14,7 +14,8 @@ namespace agentsim
 class Server
 {
 public:
-    // Connections served at a time; a further one is closed at once.
+    // Connections served at a time; for a further one that which has been idle longest is closed,
+    // unless it holds the log.
     static constexpr size_t k_connection_limit = 128;
 
     // listener and stop are descriptors: a listening socket that does not block, and one that
@@ -30,13 +31,15 @@ private:
         Peer(UniqueFd socket, LogService &service) : fd(std::move(socket)), connection(service) {}
         UniqueFd fd;
         Connection connection;
+        int64_t active = 0; // when it was last served
     };
     struct Waits;
 
-    void accept_some();
+    void accept_some(int64_t now);
+    bool make_room();
     void collect_events(const Waits &waits);
     void serve_peers(const Waits &waits);
-    static bool serve(Peer &peer);
+    static bool serve(Peer &peer, int64_t now);
 
     int listener_;
     int stop_;

@@ -2,7 +2,7 @@
 
 _ruklog_agentsim() { # PROGRAM TYPED PREVIOUS
     local typed=${COMP_WORDS[COMP_CWORD]} option=${COMP_WORDS[COMP_CWORD - 1]}
-    local options=(--capacity --console --feed --first-entry --foreground --help --kmsg
+    local options=(--capacity --console --feed --first-entry --help --kmsg
         --management-ip --modules --no-line-feed --pidfile --preload --rate --socket
         --version-mismatch)
     COMPREPLY=()

@@ -5,7 +5,8 @@
  * start of ruk_rcli_buffer, calls ruk_log_run, and sends out what lies between the start and the
  * cursor.  In paged mode (ruk_rcli_fromdpa non-zero) show debug, show all and show last print at
  * most 7 records a run and leave a cookie in ruk_rcli_more_output; while that is not 0 the host
- * empties the buffer and runs the same command again with "cookie" and the cookie appended.
+ * empties the buffer and runs the command again with "cookie" and the cookie appended to its
+ * keywords (and to the count of show last); docs/embedding.md tells the traps.
  *
  * The front end is not made for several threads.
  */

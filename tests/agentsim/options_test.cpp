@@ -53,26 +53,10 @@ TEST(parse_options, defaults)
 TEST(parse_options, every_option)
 {
     Options options;
-    EXPECT_EQ(parse({"--socket",
-                     "/run/a",
-                     "--capacity",
-                     "1",
-                     "--first-entry",
-                     "18446744073709551615",
-                     "--modules=0",
-                     "--rate=1000000",
-                     "--preload",
-                     "7",
-                     "--feed",
-                     "-",
-                     "--no-line-feed",
-                     "--kmsg",
-                     "--version-mismatch",
-                     "--management-ip",
-                     "192.0.2.1",
-                     "--pidfile=/run/p",
-                     "--foreground",
-                     "--help"},
+    EXPECT_EQ(parse({"--socket", "/run/a", "--capacity", "1", "--first-entry",
+                     "18446744073709551615", "--modules=0", "--rate=1000000", "--preload", "7",
+                     "--feed", "-", "--no-line-feed", "--kmsg", "--version-mismatch",
+                     "--management-ip", "192.0.2.1", "--pidfile=/run/p", "--help"},
                     options),
               "");
     EXPECT_EQ(options.socket, "/run/a");

@@ -232,7 +232,7 @@ TEST_F(ServerTest, helps)
     EXPECT_TRUE(outcome.out.starts_with("Usage: ruklog-agentsim [options]\n"));
     for (const char *option : {"--preload", "--rate", "--feed", "--no-line-feed", "--kmsg",
                                "--capacity", "--first-entry", "--modules", "--socket", "--pidfile",
-                               "--management-ip", "--version-mismatch", "--foreground", "--help"}) {
+                               "--management-ip", "--version-mismatch", "--help"}) {
         EXPECT_NE(outcome.out.find(std::string("\n  ") + option + " "), std::string::npos)
             << option;
     }
@@ -349,23 +349,36 @@ TEST_F(ServerTest, a_slow_reader_gets_every_byte)
     sender.join();
 }
 
-TEST_F(ServerTest, a_flood_of_connections_ends_and_service_goes_on)
+TEST_F(ServerTest, a_flood_of_connections_does_not_keep_others_out)
 {
     const auto agent = serve();
-    const AgentClient first(path_);
+    const AgentClient holder(path_);
+    ASSERT_EQ(holder.set_log(5, 0), 1U);
     uint32_t word = 0;
-    ASSERT_EQ(first.call(63, 0, word), 0);
-    {
-        std::vector<std::unique_ptr<AgentClient>> flood;
-        for (int i = 0; i < 127; ++i) {
-            flood.push_back(std::make_unique<AgentClient>(path_));
-            ASSERT_EQ(flood.back()->call(63, 0, word), 0);
-        }
-        // The 129th is turned away; those before it are served.
-        EXPECT_TRUE(AgentClient(path_).is_closed());
-        EXPECT_EQ(first.call(63, 0, word), 0);
-        EXPECT_EQ(flood.back()->call(63, 0, word), 0);
+    std::vector<std::unique_ptr<AgentClient>> flood;
+    for (int i = 0; i < 127; ++i) {
+        flood.push_back(std::make_unique<AgentClient>(path_));
+        ASSERT_EQ(flood.back()->call(63, 0, word), 0);
     }
+    // One more takes the place of that which has been idle longest, but for the holder.
+    const AgentClient further(path_);
+    EXPECT_EQ(further.call(63, 0, word), 0);
+    EXPECT_TRUE(flood.front()->is_closed());
+    EXPECT_EQ(flood.back()->call(63, 0, word), 0);
+    EXPECT_EQ(holder.set_log(6, 0), 0U);
+}
+
+TEST_F(ServerTest, a_crowd_of_holders_is_not_broken_up)
+{
+    const auto agent = serve();
+    std::vector<std::unique_ptr<AgentClient>> holders;
+    for (int i = 0; i < 128; ++i) {
+        holders.push_back(std::make_unique<AgentClient>(path_));
+        ASSERT_EQ(holders.back()->set_log(5, 0), 1U);
+    }
+    EXPECT_TRUE(AgentClient(path_).is_closed());
+    EXPECT_EQ(holders.front()->set_log(6, 0), 0U);
+    uint32_t word = 0;
     EXPECT_TRUE(eventually([&] { return AgentClient(path_).call(63, 0, word) == 0; }));
 }
 
