@@ -117,6 +117,14 @@ for linking in "" --static; do
     same "a host that embeds the front end" embedded "$("$work/host")"
 done
 
+# --- the manual's program is built by the manual's command ---
+
+page=$prefix/share/man/man3/libruklog.3
+sed -n '/program: total.c/,/^\.Ed/p' "$page" | grep -v '^\.' | sed 's/\\e/\\/g' >total.c
+command=$(sed -n 's/^\$ \(cc total\.c .*\)/\1/p' "$page" | sed 's/\\-/-/g')
+eval "$command"
+same "the manual's program" "3 entries" "$(./total)"
+
 # --- and it goes as it came ---
 
 (cd "$root" && sed 's|^/||' "$build/install_manifest.txt" | xargs rm)
