@@ -1,3 +1,4 @@
+// Framing: requests in any pieces, lengths that wrap or are absurd.
 #include "agentsim/connection.h"
 
 #include <algorithm>

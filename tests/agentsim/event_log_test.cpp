@@ -1,3 +1,4 @@
+// The ring: numbers, cursors, counters, limits and holds.
 #include "agentsim/event_log.h"
 
 #include "tests/agentsim/records.h"

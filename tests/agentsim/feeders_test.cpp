@@ -1,3 +1,4 @@
+// Where events come from: lines, records of the kernel's log, the generator.
 #include "agentsim/event.h"
 #include "agentsim/generator.h"
 #include "agentsim/kmsg_feeder.h"

@@ -1,3 +1,4 @@
+// The requests of the log service, one by one.
 #include "agentsim/log_service.h"
 
 #include "tests/agentsim/records.h"

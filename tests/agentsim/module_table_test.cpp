@@ -1,3 +1,4 @@
+// The module table: cursor, names, masks.
 #include "agentsim/module_table.h"
 
 #include "tests/agentsim/records.h"

@@ -1,3 +1,4 @@
+// The command line of the stand-in Agent.
 #include "agentsim/options.h"
 
 #include <iterator>

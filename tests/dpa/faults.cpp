@@ -1,3 +1,4 @@
+// Calls that fail or fall short on the n-th use.
 #include "tests/dpa/faults.h"
 
 #include <algorithm>

@@ -1,3 +1,4 @@
+// The other end of a connection, with its reply at hand beforehand.
 #include "tests/dpa/peer.h"
 
 #include <cstdio>

@@ -1,3 +1,4 @@
+// Address text: row by row, and beside the platform's own parsers.
 #include "ruk/address.h"
 
 #include <arpa/inet.h>

@@ -1,3 +1,4 @@
+// Words of a command line: cutting, copying, comparing.
 #include "ruk/words.h"
 
 #include <cstdio>

@@ -1,3 +1,4 @@
+// The OpenFlow dump: every line, every bit, every length.
 #include "ruk/openflow.h"
 
 #include <bit>

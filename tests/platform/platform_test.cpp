@@ -1,3 +1,4 @@
+// Host queries: a scripted kernel, a real interface, a scripted Agent.
 #include "ruk/platform.h"
 
 #include <cerrno>

@@ -1,3 +1,4 @@
+// A small log that answers requests and in-process calls.
 #include "tests/rukcmd/fake_log.h"
 
 namespace ruk_test

@@ -1,3 +1,4 @@
+// Test code in a process of its own.
 #include "tests/rukcmd/forked.h"
 
 #include <csignal>

@@ -1,3 +1,4 @@
+// What the tests of the front end share.
 #include "tests/rukcmd/rig.h"
 
 #include <algorithm>

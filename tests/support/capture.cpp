@@ -1,3 +1,4 @@
+// Standard output into memory and back.
 #include "tests/support/capture.h"
 
 #include <cstdio>

@@ -1,3 +1,4 @@
+// Programs run to their end, with what they print.
 #include "tests/support/child.h"
 
 #include <cerrno>

@@ -1,3 +1,4 @@
+// The records of the log service, byte by byte.
 #include "tests/support/log_records.h"
 
 namespace ruk_test

@@ -1,3 +1,4 @@
+// A peer that answers as a test tells it.
 #include "tests/support/scripted_agent.h"
 
 #include <cstdio>
