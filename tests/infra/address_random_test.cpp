@@ -6,11 +6,11 @@
 
 #include "tests/infra/address_model.h"
 #include "tests/support/capture.h"
-#include "tests/support/guarded_text.h"
+#include "tests/support/guarded_memory.h"
 #include "tests/support/random.h"
 
 namespace model = ruk_test::address_model;
-using ruk_test::GuardedText;
+using ruk_test::GuardedMemory;
 using ruk_test::Random;
 
 namespace
@@ -30,7 +30,7 @@ public:
 };
 
 // Each returns whether the text was accepted, after comparing everything with the model.
-bool mac_agrees(GuardedText &memory, const std::string &text)
+bool mac_agrees(GuardedMemory &memory, const std::string &text)
 {
     std::array<uint8_t, 6> old;
     old.fill(k_old);
@@ -41,7 +41,7 @@ bool mac_agrees(GuardedText &memory, const std::string &text)
     return expected.result == 0;
 }
 
-bool ip_agrees(GuardedText &memory, const std::string &text)
+bool ip_agrees(GuardedMemory &memory, const std::string &text)
 {
     const auto expected = model::parse_ip(text);
     model::Ipv4 old;
@@ -55,7 +55,7 @@ bool ip_agrees(GuardedText &memory, const std::string &text)
     return expected.has_value();
 }
 
-bool ipv6_agrees(GuardedText &memory, const std::string &text)
+bool ipv6_agrees(GuardedMemory &memory, const std::string &text)
 {
     const auto expected = model::parse_ipv6(text);
     model::Ipv6 old;
@@ -66,7 +66,7 @@ bool ipv6_agrees(GuardedText &memory, const std::string &text)
     return expected.has_value();
 }
 
-using agreement = bool (*)(GuardedText &, const std::string &);
+using agreement = bool (*)(GuardedMemory &, const std::string &);
 
 // A few characters replaced, removed, doubled or put in.
 std::string mutated(Random &random, std::string text, std::string_view characters)
@@ -183,7 +183,7 @@ void compare(agreement agrees, std::string (*some)(Random &), std::string_view c
 {
     Trace quiet(0);
     Random random;
-    GuardedText memory;
+    GuardedMemory memory;
     int accepted = 0;
     for (int i = 0; i < k_texts && !testing::Test::HasFailure(); ++i) {
         std::string text = some(random);
@@ -201,7 +201,7 @@ void compare_all(agreement agrees, const std::string &head, std::string_view cha
                  size_t most, const std::string &tail = "")
 {
     Trace quiet(0);
-    GuardedText memory;
+    GuardedMemory memory;
     size_t texts = 1;
     for (size_t length = 0; length <= most; ++length, texts *= characters.size()) {
         for (size_t n = 0; n < texts && !testing::Test::HasFailure(); ++n) {
@@ -242,7 +242,7 @@ TEST(address_random, mac_texts_agree_with_the_model)
 TEST(address_random, mac_messages_agree_with_the_model)
 {
     Random random;
-    GuardedText memory;
+    GuardedMemory memory;
     for (int batch = 0; batch < 400 && !testing::Test::HasFailure(); ++batch) {
         Trace trace(random.byte());
         std::vector<std::string> texts;
@@ -298,7 +298,7 @@ TEST(address_random, ipv6_texts_with_every_short_part_agree_with_the_model)
 TEST(address_random, every_byte_at_every_place_agrees_with_the_model)
 {
     Trace quiet(0);
-    GuardedText memory;
+    GuardedMemory memory;
     const struct {
         agreement agrees;
         std::string text;
@@ -323,7 +323,7 @@ TEST(address_random, every_byte_at_every_place_agrees_with_the_model)
 TEST(address_random, uuids_agree_with_the_model)
 {
     Random random;
-    GuardedText memory;
+    GuardedMemory memory;
     for (int i = 0; i < k_texts; ++i) {
         std::string text;
         for (uint32_t length = random.below(60); length > 0; --length) {

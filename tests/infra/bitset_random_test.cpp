@@ -1,9 +1,9 @@
 // Bit sets against a model that goes bit by bit, for every size up to 520 bytes and every variant
 // of the loops.
-#include <random>
 #include <string>
 
 #include "tests/infra/bitset_support.h"
+#include "tests/support/random.h"
 
 using ruk_test::set_of;
 using ruk_test::with_each_variant;
@@ -16,15 +16,10 @@ constexpr uint32_t k_largest = 520;
 // One element a bit, 0 or 1.
 using model = std::vector<uint8_t>;
 
-std::mt19937 &random_bits()
-{
-    static std::mt19937 generator(20240607);
-    return generator;
-}
-
 uint32_t below(uint32_t limit)
 {
-    return static_cast<uint32_t>(random_bits()() % limit);
+    static ruk_test::Random random;
+    return random.below(limit);
 }
 
 // Bits in runs whose mean length varies, so that there are dense, sparse, empty and full sets.
