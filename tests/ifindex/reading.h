@@ -13,6 +13,7 @@
 #include <vector>
 
 #include "ruk/if_index_types.h"
+#include "tests/support/random.h"
 
 namespace reading
 {
@@ -167,10 +168,15 @@ inline std::vector<uint32_t> patterns()
     return result;
 }
 
-// Runs a reader over all 256 top bytes with all patterns, and those once more with the bits that
-// its variants need.
+// Runs a reader over all 256 top bytes with all patterns and as many random ones, and those once
+// more with the bits that its variants need.
 inline void check_reader(const reader_row &row)
 {
+    static ruk_test::Random random;
+    std::vector<uint32_t> lower_bits = patterns();
+    for (size_t count = lower_bits.size(); count > 0; --count) {
+        lower_bits.push_back(random.bits32() & 0xFFFFFF);
+    }
     const auto check = [&row](IfIndex value) {
         const outcome got = row.read(value);
         const outcome want = row.expected(value);
@@ -182,7 +188,7 @@ inline void check_reader(const reader_row &row)
         }
     };
     for (uint32_t top = 0; top < 256; ++top) {
-        for (const uint32_t pattern : patterns()) {
+        for (const uint32_t pattern : lower_bits) {
             check(top << 24 | pattern);
             for (const variant &v : row.variants) {
                 if (v.when.given) {
