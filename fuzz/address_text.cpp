@@ -1,71 +1,104 @@
-// Address text: every parser takes any text, and what it accepts survives the way back to text.
-#include <cstdlib>
+// Address text: what the parsers and formatters answer is what the plain model says, for any text
+// and, through the formatters, for any address.
+//
+// Input: a byte with the size that is given to the formatters and the trace word's bits, the rest
+// is the text, and its first bytes the address.
 #include <cstring>
 #include <memory>
 
+#include "fuzz/input.h"
 #include "fuzz/target.h"
 #include "ruk/address.h"
+#include "tests/infra/address_model.h"
+
+namespace model = ruk_test::address_model;
+using fuzz::require;
 
 namespace
 {
 
-void require(bool holds)
+void check_mac(const std::string &text, const char *exact)
 {
-    if (!holds) {
-        abort();
-    }
+    std::array<uint8_t, KT_MAC_ADDRESS_SIZE> mac;
+    mac.fill(0xee);
+    const model::MacAnswer expected = model::parse_mac(text, mac, 0);
+    require(kt_parse_mac_address(mac.data(), exact) == expected.result && mac == expected.bytes);
 }
 
-void check_mac(const char *text)
+void check_ip(const std::string &text, const char *exact)
 {
-    uint8_t mac[KT_MAC_ADDRESS_SIZE] = {};
-    if (kt_parse_mac_address(mac, text) != 0) {
-        return;
-    }
-    char back[18];
-    uint8_t again[KT_MAC_ADDRESS_SIZE];
-    require(snprintf_mac_address(back, sizeof back, mac) == 17);
-    require(kt_parse_mac_address(again, back) == 0 && memcmp(again, mac, sizeof mac) == 0);
+    const auto expected = model::parse_ip(text);
+    model::Ipv4 octets;
+    octets.fill(0xee);
+    uint32_t value;
+    memcpy(&value, octets.data(), sizeof value);
+    const uint32_t before = value;
+    require(kt_parse_ip_address(&value, exact) == (expected ? 0 : -1));
+    memcpy(octets.data(), &value, sizeof value);
+    require(expected ? octets == *expected : value == before);
 }
 
-void check_ip(const char *text)
+void check_ipv6(const std::string &text, const char *exact)
 {
-    uint32_t value = 0;
-    if (kt_parse_ip_address(&value, text) != 0) {
-        return;
-    }
-    char back[16];
-    uint32_t again = ~value;
-    require(snprintf_ip_address(back, sizeof back, value) < 16);
-    require(kt_parse_ip_address(&again, back) == 0 && again == value);
+    const auto expected = model::parse_ipv6(text);
+    model::Ipv6 address;
+    address.fill(0xee);
+    const model::Ipv6 before = address;
+    require(kt_parse_ipv6_address(address.data(), exact) == (expected ? 0 : -1));
+    require(address == expected.value_or(before));
 }
 
-void check_ipv6(const char *text)
+void check_uuid(const std::string &text, const char *exact)
 {
-    uint8_t address[KT_IPV6_ADDRESS_SIZE] = {};
-    if (kt_parse_ipv6_address(address, text) != 0) {
-        return;
-    }
-    char back[40];
-    uint8_t again[KT_IPV6_ADDRESS_SIZE];
-    require(snprintf_ipv6_address(back, sizeof back, address) == 39);
-    require(kt_parse_ipv6_address(again, back) == 0 && memcmp(again, address, sizeof address) == 0);
+    const auto uuid = std::make_unique<char[]>(KT_INTF_UUID_SIZE);
+    const std::array<char, KT_INTF_UUID_SIZE> expected = model::uuid(text);
+    require(kt_parse_intf_uuid(uuid.get(), exact) == 0);
+    require(memcmp(uuid.get(), expected.data(), expected.size()) == 0);
+}
+
+// As much as fits, terminated, in a block of exactly the size, and the whole length.
+template <typename Format>
+void check_format(const std::string &expected, uint32_t size, Format format)
+{
+    const auto buffer = std::make_unique<char[]>(size);
+    require(format(buffer.get(), size) == static_cast<int32_t>(expected.size()));
+    require(size == 0 || buffer.get() == expected.substr(0, size - 1));
+}
+
+void check_formats(const uint8_t *address, uint32_t size)
+{
+    uint32_t value;
+    memcpy(&value, address, sizeof value);
+    check_format(model::mac_text(address), size, [&](char *buffer, uint32_t room) {
+        return snprintf_mac_address(buffer, room, address);
+    });
+    check_format(model::ip_text(address), size, [&](char *buffer, uint32_t room) {
+        return snprintf_ip_address(buffer, room, value);
+    });
+    check_format(model::ipv6_text(address), size, [&](char *buffer, uint32_t room) {
+        return snprintf_ipv6_address(buffer, room, address);
+    });
 }
 
 } // namespace
 
 int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
 {
-    // Blocks of the exact size, so that a sanitizer sees any access outside.
-    const auto text = std::make_unique<char[]>(size + 1);
-    if (size > 0) {
-        memcpy(text.get(), data, size);
-    }
-    const auto uuid = std::make_unique<char[]>(KT_INTF_UUID_SIZE);
-    kt_debug_print_ktstrings = 0;
-    check_mac(text.get());
-    check_ip(text.get());
-    check_ipv6(text.get());
-    require(kt_parse_intf_uuid(uuid.get(), text.get()) == 0);
+    fuzz::silence_stdout();
+    fuzz::Input input(data, size);
+    const uint8_t modes = input.byte();
+    uint8_t address[KT_IPV6_ADDRESS_SIZE];
+    fuzz::Input(input).bytes(address);
+    check_formats(address, modes % 64);
+
+    // A block of the exact size, so that a sanitizer sees any access outside.
+    const std::string text = input.text_until('\0');
+    const auto exact = std::make_unique<char[]>(text.size() + 1);
+    memcpy(exact.get(), text.c_str(), text.size() + 1);
+    kt_debug_print_ktstrings = (modes & 0x80) != 0 ? 0xff : 0;
+    check_mac(text, exact.get());
+    check_ip(text, exact.get());
+    check_ipv6(text, exact.get());
+    check_uuid(text, exact.get());
     return 0;
 }

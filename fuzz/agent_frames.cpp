@@ -10,48 +10,17 @@
 #include <vector>
 
 #include "agentsim/connection.h"
+#include "fuzz/input.h"
 
 using agentsim::Connection;
 using agentsim::EventLog;
 using agentsim::LogService;
 using agentsim::ModuleTable;
+using fuzz::Input;
+using fuzz::require;
 
 namespace
 {
-
-void require(bool holds)
-{
-    if (!holds) {
-        abort();
-    }
-}
-
-// The input, taken from the front; zeros once it is used up.
-class Input
-{
-public:
-    Input(const uint8_t *data, size_t size) : rest_(data, size) {}
-
-    bool empty() const { return rest_.empty(); }
-
-    uint8_t byte()
-    {
-        uint8_t value = 0;
-        bytes({&value, 1});
-        return value;
-    }
-
-    void bytes(std::span<uint8_t> out)
-    {
-        const size_t count = std::min(out.size(), rest_.size());
-        std::fill(out.begin(), out.end(), uint8_t{0});
-        std::copy_n(rest_.begin(), count, out.begin());
-        rest_ = rest_.subspan(count);
-    }
-
-private:
-    std::span<const uint8_t> rest_;
-};
 
 // A client of one connection, which remembers what it sent and checks what it gets back.
 class FuzzClient

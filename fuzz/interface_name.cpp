@@ -1,91 +1,45 @@
-// Names of arbitrary values in buffers of arbitrary size: nothing is written outside, what fits is
-// terminated, the result doesn't depend on the size, and the long name can be parsed.
+// Names of arbitrary values in buffers of arbitrary size: what stands in the buffer and the result
+// are what the plain model says, and nothing is written outside.
 //   bytes 0-3: first value, 4-7: last value of the range, 8: buffer size
-#include <cstdlib>
 #include <cstring>
-#include <initializer_list>
+#include <memory>
 
+#include "fuzz/input.h"
 #include "fuzz/target.h"
-#include "ruk/if_index_name.h"
+#include "tests/ifindex/name_model.h"
+
+using fuzz::require;
+using name_model::Form;
 
 namespace
 {
 
 constexpr char k_mark = '#';
-constexpr int32_t k_guard = 16;
-constexpr int32_t k_most = 64;
 
-struct guarded {
-    char bytes[k_guard + k_most + k_guard];
-
-    guarded() { memset(bytes, k_mark, sizeof bytes); }
-    char *at() { return bytes + k_guard; }
-
-    void check(int32_t size)
-    {
-        for (int32_t i = 0; i < k_guard; ++i) {
-            if (bytes[i] != k_mark) {
-                abort();
-            }
-        }
-        const int32_t end = k_guard + (size > 0 ? size : 0);
-        for (auto i = static_cast<size_t>(end); i < sizeof bytes; ++i) {
-            if (bytes[i] != k_mark) {
-                abort();
-            }
-        }
-    }
-};
-
-using formatter = int32_t (*)(char *, int32_t, IfIndex);
-using range_formatter = int32_t (*)(char *, int32_t, const IfIndex *);
-
-void check_name(formatter format, int32_t size, IfIndex value)
+// What format writes into a block of exactly the size.
+template <typename Format>
+void check(const name_model::Written &expected, int32_t size, Format format)
 {
-    guarded whole;
-    const int32_t length = format(whole.at(), k_most, value);
-    whole.check(k_most);
-    if (length < 0 || length >= IF_INDEX_NAME_SIZE ||
-        strlen(whole.at()) != static_cast<size_t>(length)) {
-        abort();
-    }
-    guarded part;
-    if (format(part.at(), size, value) != length) {
-        abort();
-    }
-    part.check(size);
-    if (size > 0) {
-        const int32_t kept = length < size ? length : size - 1;
-        if (memcmp(part.at(), whole.at(), static_cast<size_t>(kept)) != 0 ||
-            part.at()[kept] != '\0') {
-            abort();
-        }
+    const size_t room = size > 0 ? static_cast<size_t>(size) : 0;
+    const auto buffer = std::make_unique<char[]>(room);
+    memset(buffer.get(), k_mark, room);
+    require(format(buffer.get(), size) == expected.result);
+    if (!expected.text) {
+        require(std::string(buffer.get(), room) == std::string(room, k_mark));
+    } else if (room > 0) {
+        require(buffer.get() == expected.text->substr(0, room - 1));
     }
 }
 
-void check_range(range_formatter format, int32_t size, const IfIndex pair[2])
+void check_name(const std::string &name, int32_t (*format)(char *, int32_t, IfIndex), int32_t size,
+                IfIndex value)
 {
-    guarded buffer;
-    const int32_t length = format(buffer.at(), size, pair);
-    buffer.check(size);
-    if (length < 0 || (size < 1 && length != 0)) {
-        abort();
-    }
-    // Not even the terminator is written when the ends differ in type.
-    if (size > 0 && buffer.at()[0] != k_mark &&
-        memchr(buffer.at(), '\0', static_cast<size_t>(size)) == nullptr) {
-        abort();
-    }
-}
-
-void check_parse(IfIndex value)
-{
-    char name[IF_INDEX_NAME_SIZE];
-    sprintf_if_index(name, value);
-    IfIndex parsed = value;
-    const int32_t result = ulx_interface_name_to_ifindex(name, &parsed);
-    if ((result != 0 && result != 1) || (result == 0 && parsed != value)) {
-        abort();
+    // The forms without a size take every name to fit.
+    require(name.size() < IF_INDEX_NAME_SIZE);
+    const name_model::Written expected{static_cast<int32_t>(name.size()), name};
+    for (const int32_t room : {size, int32_t{IF_INDEX_NAME_SIZE}}) {
+        check(expected, room,
+              [&](char *buffer, int32_t whole) { return format(buffer, whole, value); });
     }
 }
 
@@ -93,18 +47,23 @@ void check_parse(IfIndex value)
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
 {
+    fuzz::Input input(data, size);
     IfIndex pair[2];
-    if (size < sizeof pair + 1) {
-        return 0;
-    }
-    memcpy(pair, data, sizeof pair);
-    const int32_t room = data[sizeof pair] % (k_most + 2) - 1;
-    for (const formatter format :
-         {snprintf_if_index, snprintf_if_index_short, snprintf_if_index_internal}) {
-        check_name(format, room, pair[0]);
-    }
-    check_range(snprintf_if_index_range, room, pair);
-    check_range(snprintf_if_index_range_short, room, pair);
-    check_parse(pair[0]);
+    input.fill(pair);
+    const int32_t room = input.byte() % 66 - 1;
+    const IfIndex value = pair[0];
+    const std::string long_name = name_model::name(value, Form::long_name);
+    const std::string short_name = name_model::name(value, Form::short_name);
+    check_name(long_name, snprintf_if_index, room, value);
+    check_name(long_name, snprintf_if_index_native, room, value);
+    check_name(short_name, snprintf_if_index_short, room, value);
+    check_name(short_name, snprintf_if_index_short_native, room, value);
+    check_name(name_model::internal_name(value), snprintf_if_index_internal, room, value);
+    check(name_model::range(pair, room, Form::long_name), room, [&](char *buffer, int32_t whole) {
+        return snprintf_if_index_range(buffer, whole, pair);
+    });
+    check(name_model::range(pair, room, Form::short_name), room, [&](char *buffer, int32_t whole) {
+        return snprintf_if_index_range_short(buffer, whole, pair);
+    });
     return 0;
 }
