@@ -88,7 +88,8 @@ int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
     fuzz::Input input(data, size);
     const uint8_t modes = input.byte();
     uint8_t address[KT_IPV6_ADDRESS_SIZE];
-    fuzz::Input(input).bytes(address);
+    fuzz::Input first_bytes = input;
+    first_bytes.bytes(address);
     check_formats(address, modes % 64);
 
     // A block of the exact size, so that a sanitizer sees any access outside.

@@ -271,7 +271,8 @@ private:
     {
         if (!p.bits.empty()) {
             const uint32_t lower = some_bit(p);
-            const uint32_t upper = lower + input_.word() % (p.bits.size() - lower);
+            const uint32_t upper =
+                lower + input_.word() % (static_cast<uint32_t>(p.bits.size()) - lower);
             const bitset_range range = {static_cast<int32_t>(lower), static_cast<int32_t>(upper)};
             const int32_t met = first_from(p.bits, lower + 1, true);
             require(bitset_is_range_free(p.record.get(), &range) ==

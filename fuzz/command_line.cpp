@@ -95,6 +95,16 @@ void set_modes(uint8_t modes)
     kt_debug_print_ktcmd = kt_debug_print_ruk_log = (modes & k_traced) != 0 ? 0xff : 0x87;
 }
 
+// True unless show tail ended it.
+bool run(const CommandEntry *table, const unsigned char *line, uint32_t length, uint32_t from_agent)
+{
+    if (setjmp(tail_ended) != 0) {
+        return false;
+    }
+    ktcmd_parse_multiple(table, line, length, from_agent);
+    return true;
+}
+
 // The rows that a plain reading of the line runs, in their order: pieces between separators, each
 // by the row whose words the piece begins with, the most words first.
 std::vector<const CommandEntry *> rows_of(const std::string &line, bool from_agent)
@@ -217,9 +227,7 @@ int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
     is_held = false;
     set_modes(modes);
     const bool from_agent = (modes & k_from_agent) != 0;
-    if (setjmp(tail_ended) == 0) {
-        ktcmd_parse_multiple(table.data(), block.get(), static_cast<uint32_t>(line.size()),
-                             from_agent ? 1 : 0);
+    if (run(table.data(), block.get(), static_cast<uint32_t>(line.size()), from_agent ? 1 : 0)) {
         require(handled == rows_of(line, from_agent));
     }
     if ((modes & k_buffered) != 0 && ruk_rcli_buffer_ptr != ruk_rcli_buffer) {
