@@ -7,7 +7,8 @@
 
 #include "fuzz/input.h"
 #include "fuzz/target.h"
-#include "tests/ifindex/name_model.h"
+#include "ruk/if_index_name.h"
+#include "tests/ifindex/name_parse_model.h"
 
 using fuzz::require;
 

@@ -4,6 +4,7 @@
 #include <string>
 
 #include "tests/ifindex/name_model.h"
+#include "tests/ifindex/name_parse_model.h"
 #include "tests/support/guarded_memory.h"
 #include "tests/support/random.h"
 

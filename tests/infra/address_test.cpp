@@ -7,11 +7,11 @@
 #include <memory>
 #include <netinet/ether.h>
 #include <optional>
-#include <random>
 #include <string>
 #include <vector>
 
 #include "tests/support/capture.h"
+#include "tests/support/random.h"
 
 namespace
 {
@@ -78,11 +78,11 @@ std::optional<Address> platform_parse(int family, const std::string &text)
     return address;
 }
 
-// Texts near to what a parser takes.  Every run draws the same ones.
+// Texts near to what a parser takes.
 class Texts
 {
 public:
-    size_t below(size_t bound) { return random_() % bound; }
+    size_t below(size_t bound) { return random_.below(bound); }
 
     const char *one_of(const std::vector<const char *> &pieces)
     {
@@ -106,7 +106,7 @@ public:
     }
 
 private:
-    std::mt19937 random_{20240229};
+    ruk_test::Random random_;
 };
 
 // Whether a number has a zero before its other digits, as in "01".
@@ -715,11 +715,11 @@ TEST(snprintf_ipv6_address, writes_nothing_for_a_null_address)
 
 TEST(addresses, survive_the_way_to_text_and_back)
 {
-    std::mt19937 random(6);
+    ruk_test::Random random;
     for (int i = 0; i < 2000; ++i) {
         Ipv6 bytes;
         for (uint8_t &byte : bytes) {
-            byte = static_cast<uint8_t>(random());
+            byte = random.byte();
         }
         char text[40];
         snprintf_ipv6_address(text, sizeof text, bytes.data());
