@@ -30,9 +30,10 @@ bool has_ended = false;
 // A length, with those at the edges more often than others.
 uint32_t some_length(fuzz::Input &input)
 {
-    constexpr uint32_t k_edges[] = {0,          1,          4,          56,         57,
-                                    4039,       4040,       4041,       0xffffffc7, 0xffffffc8,
-                                    0xffffffc9, 0xffffffd8, 0xffffffff, 0x80000000};
+    constexpr uint32_t k_edges[] = {0,          1,          4,          56,
+                                    57,         4039,       4040,       4041,
+                                    0xffffffc7, 0xffffffc8, 0xffffffc9, 0xffffffd8,
+                                    0xffffffff, 0x80000000, 0xffffffd5, 0xffffffd7};
     const uint8_t kind = input.byte();
     return kind < std::size(k_edges) ? k_edges[kind] : input.word() % 5000;
 }
