@@ -157,6 +157,29 @@ std::vector<const CommandEntry *> rows_of(const std::string &line, bool from_age
     return rows;
 }
 
+// The help in a block of exactly so many bytes: what fits of the whole, terminated.
+void check_help(uint32_t size)
+{
+    static const std::string whole = [] {
+        std::vector<char> text(16384);
+        return std::string(text.data(), static_cast<size_t>(ruk_log_help(text.data(), 16384)));
+    }();
+    const auto block = std::make_unique<char[]>(size);
+    const uint32_t length = ktcmd_snprintf_help(ruk_cmd_list, block.get(), size);
+    require(length == std::min<size_t>(whole.size(), size));
+    require(size == 0 || block.get() == whole.substr(0, size - 1));
+}
+
+// The text in a block of exactly its size.
+void check_validation(const std::string &text, int32_t most)
+{
+    const auto block = std::make_unique<char[]>(text.size() + 1);
+    std::copy(text.begin(), text.end(), block.get());
+    const bool is_taken = text.empty() || (most >= 1 && text.size() <= static_cast<size_t>(most));
+    require(ktcmd_validate_data(block.get(), most) ==
+            (is_taken ? static_cast<int32_t>(text.size()) : -1));
+}
+
 } // namespace
 
 // The log service of this process, in place of the placeholders.
@@ -221,6 +244,9 @@ int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
     // A block of the exact size, without a terminator, so that a sanitizer sees a read too far.
     const auto block = std::make_unique<unsigned char[]>(line.size());
     std::copy(line.begin(), line.end(), block.get());
+
+    check_help(static_cast<uint32_t>(line.size() * 23 % 2000));
+    check_validation(line, modes - 64);
 
     answers = input;
     handled.clear();
