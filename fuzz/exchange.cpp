@@ -1,6 +1,6 @@
-// Exchanges of both socket clients with requests of any lengths, wrapping ones too, and answers
-// that are whole, cut or too long: on the wire and in the caller's buffers is what a plain reading
-// of the record says, and nothing outside them is touched.
+// Exchanges of both socket clients, and the calls built on them, with requests of any lengths,
+// wrapping ones too, and answers that are whole, cut or too long: on the wire and in the caller's
+// buffers is what a plain reading of the record says, and nothing outside them is touched.
 //
 // Input: a byte of modes, then exchanges: the record's fields, the answer's kind and its bytes.
 #include <cstring>
@@ -131,13 +131,61 @@ void answer(fuzz::Input &input, uint32_t total)
 }
 
 struct Client {
+    uint16_t version;
     int32_t (*open)();
     int32_t (*exchange)(int32_t fd, AgentRequest *request, uint32_t header_length);
+    int32_t (*simple)(uint16_t, int32_t, uint8_t, void *, uint32_t);
+    int32_t (*indirect1)(uint16_t, int32_t, uint8_t, void *, uint32_t, const uint32_t *);
+    int32_t (*indirect2)(uint16_t, int32_t, uint8_t, void *, uint32_t, const uint32_t *, void *,
+                         uint32_t, const uint32_t *);
 };
 constexpr Client k_clients[] = {
-    {kt_platform_open, kt_dpa_socket_api},
-    {dpa_platform_open, kt_rukcmd_socket_api},
+    {348, kt_platform_open, kt_dpa_socket_api, kt_dpa_call_indirect_simple, kt_dpa_call_indirect1,
+     kt_dpa_call_indirect2},
+    {2, dpa_platform_open, kt_rukcmd_socket_api, kt_rukcmd_call_indirect_simple,
+     kt_rukcmd_call_indirect1, kt_rukcmd_call_indirect2},
 };
+
+enum class Form { record, simple, indirect1, indirect2 };
+
+// Leaves of a record what the form puts into one.
+AgentRequest as_filled_by(Form form, const Client &client, AgentRequest request)
+{
+    if (form == Form::record) {
+        return request;
+    }
+    const bool is_counted = form != Form::simple && (request.flags1 & AGENT_FLAG_COUNTED) != 0;
+    const bool has_second = form == Form::indirect2;
+    request.version = client.version;
+    request.esize1 = is_counted ? 1 : 0;
+    request.elements1 = is_counted ? request.elements1 : 0;
+    request.bsize2 = has_second ? request.bsize2 : 0;
+    request.esize2 = is_counted && has_second ? 1 : 0;
+    request.elements2 = is_counted && has_second ? request.elements2 : 0;
+    return request;
+}
+
+// Makes the call.  A form gives back the status alone.
+int32_t call(Form form, const Client &client, int32_t fd, AgentRequest &request, uint32_t header)
+{
+    const AgentRequest &r = request;
+    switch (form) {
+    case Form::record:
+        return client.exchange(fd, &request, header);
+    case Form::simple:
+        request.status = client.simple(r.opcode, r.ident, r.flags1, r.ptr1, r.bsize1);
+        break;
+    case Form::indirect1:
+        request.status =
+            client.indirect1(r.opcode, r.ident, r.flags1, r.ptr1, r.bsize1, &r.elements1);
+        break;
+    case Form::indirect2:
+        request.status = client.indirect2(r.opcode, r.ident, r.flags1, r.ptr1, r.bsize1,
+                                          &r.elements1, r.ptr2, r.bsize2, &r.elements2);
+        break;
+    }
+    return 0;
+}
 
 AgentRequest some_request(fuzz::Input &input)
 {
@@ -153,11 +201,12 @@ AgentRequest some_request(fuzz::Input &input)
     return request;
 }
 
-void exchange(fuzz::Input &input, const Client &client, int32_t &fd)
+void exchange(fuzz::Input &input, Form form, const Client &client, int32_t &fd)
 {
-    AgentRequest request = some_request(input);
+    AgentRequest request = as_filled_by(form, client, some_request(input));
     const uint8_t odd_header = input.byte();
-    const uint32_t header = odd_header > 250 ? input.byte() : uint32_t{sizeof request};
+    const bool is_odd = form == Form::record && odd_header > 250;
+    const uint32_t header = is_odd ? input.byte() : uint32_t{sizeof request};
     const Lengths lengths = lengths_of(request, header);
     if (lengths.total > k_most_total) {
         return;
@@ -165,7 +214,7 @@ void exchange(fuzz::Input &input, const Client &client, int32_t &fd)
     const Buffer buffer1(input, lengths.buffer1, lengths.total);
     const Buffer buffer2(input, lengths.buffer2, lengths.total);
     request.ptr1 = buffer1.bytes.get();
-    request.ptr2 = buffer2.bytes.get();
+    request.ptr2 = form == Form::record || form == Form::indirect2 ? buffer2.bytes.get() : nullptr;
 
     if (fd < 0) {
         fd = client.open();
@@ -187,7 +236,8 @@ void exchange(fuzz::Input &input, const Client &client, int32_t &fd)
             after_copy(buffer2, reply, sizeof request + size_t{lengths.buffer1}, lengths.buffer2);
     }
 
-    require(client.exchange(fd, &request, header) == (succeeds ? 0 : -1));
+    const int32_t result = call(form, client, fd, request, header);
+    require(form != Form::record || result == (succeeds ? 0 : -1));
     require(memcmp(&request, &expected, sizeof request) == 0);
     require(buffer1.contents() == expected1 && buffer2.contents() == expected2);
     Bytes got(lengths.total + 1);
@@ -227,7 +277,7 @@ int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
 
     int32_t fd = -1;
     for (int i = 0; i < 8 && !input.empty(); ++i) {
-        exchange(input, k_clients[modes & 1], fd);
+        exchange(input, Form{modes >> 2 & 3}, k_clients[modes & 1], fd);
     }
 
     dpa_platform_close();
