@@ -1,369 +1,500 @@
-// Bit sets beside a loop that goes bit by bit, std::bitset and the memory bandwidth of memcmp and
-// memcpy.  The library is measured with every variant of its loops that runs here.  The table at
-// the end gives each peer's time as a multiple of that of the best variant.
+// Bit sets beside hwloc's bitmaps, std::bitset, boost's dynamic_bitset and LLVM's BitVector, and
+// beside memcpy and memcmp as the floor.
+//
+// Names are <operation>/<size in bits or kind of set>/<library>.  Each library gets the same bits
+// and does the same job on sets that exist: the result of the algebra goes into the first set, and
+// comparisons walk to the end, since the sets are equal or the first one is a subset.  Time per
+// iteration is that of one operation, or of a walk over all k_sets sets of one kind.
+//
+// Kinds of sets, so many that a branch predictor does not learn them:
+//   dense   each bit is set at random, one in four, so that three runs in four are single bits
+//   ranges  runs of 1 to 64 bits with gaps of 1 to 64
+//   sparse  single bits with gaps of 1 to 600
 #include "ruk/bitset.h"
 
 #include <algorithm>
 #include <benchmark/benchmark.h>
 #include <bitset>
-#include <cstdio>
+#include <boost/dynamic_bitset.hpp>
+#include <cstdlib>
 #include <cstring>
-#include <map>
+#include <hwloc/bitmap.h>
+#include <llvm/ADT/BitVector.h>
 #include <memory>
 #include <random>
 #include <string>
 #include <vector>
 
-#include "infra/utils/ktlibbmp_kernels.h"
-
 namespace
 {
 
-// Stores the records of one benchmark: at a 4-byte boundary, as the searches want it.
-class record
+constexpr size_t k_walked_bits = 64 * 1024;
+constexpr size_t k_sets = 16;
+
+// ---- The libraries, each behind the same few functions ----
+
+class ruk_set
 {
 public:
-    explicit record(size_t size) : words_(size / 4 + 1)
+    explicit ruk_set(size_t bits) : words_(bits / 32 + 1)
     {
-        get()->size = static_cast<uint32_t>(size);
+        get()->size = static_cast<uint32_t>(bits / 8);
     }
     bitset *get() { return reinterpret_cast<bitset *>(words_.data()); }
-    uint8_t *bits() { return get()->bits; }
+    const bitset *get() const { return reinterpret_cast<const bitset *>(words_.data()); }
+
+    void set(size_t bit) { bitset_set_bit(get(), static_cast<int32_t>(bit)); }
+    bool test(size_t bit) const { return bitset_is_bit_set(get(), static_cast<int32_t>(bit)) != 0; }
+    size_t count() const { return bitset_bitcount(get()); }
+    void unite(const ruk_set &other) { bitset_union(get(), other.get()); }
+    void intersect(const ruk_set &other) { bitset_intersection(get(), other.get()); }
+    void subtract(const ruk_set &other) { bitset_subtract(get(), other.get()); }
+    bool equals(const ruk_set &other) const { return bitset_equal(get(), other.get()) != 0; }
+    bool is_in(const ruk_set &other) const { return bitset_subset(get(), other.get()) != 0; }
 
 private:
     std::vector<uint32_t> words_;
 };
 
-void fill_at_random(uint8_t *bytes, size_t n)
+class hwloc_set
 {
-    std::mt19937 generator(1);
-    for (size_t i = 0; i < n; ++i) {
-        bytes[i] = static_cast<uint8_t>(generator());
-    }
-}
-
-// Runs of 1 to 63 bits, set and clear in turn, or random bits, whose runs have two on average.
-void fill_runs(bitset *b, bool dense)
-{
-    if (dense) {
-        fill_at_random(b->bits, b->size);
-        return;
-    }
-    std::mt19937 generator(1);
-    const auto bits = static_cast<int32_t>(b->size * 8);
-    for (int32_t bit = 0; bit < bits;) {
-        const auto length = static_cast<int32_t>(generator() % 63 + 1);
-        const auto gap = static_cast<int32_t>(generator() % 63 + 1);
-        bitset_set_range(b, bit, std::min(length, bits - bit));
-        bit += length + gap;
-    }
-}
-
-// The library, with the loops of one variant.
-struct library {
-    const ktlibbmp::kernels *variant;
-    record left;
-    record right;
-
-    library(const ktlibbmp::kernels *loops, size_t size) : variant(loops), left(size), right(size)
+public:
+    explicit hwloc_set(size_t bits) : bitmap_(hwloc_bitmap_alloc())
     {
-        ktlibbmp::force_kernels(variant);
+        // Has it allocate all of its words.
+        hwloc_bitmap_set(get(), static_cast<unsigned>(bits - 1));
+        hwloc_bitmap_clr(get(), static_cast<unsigned>(bits - 1));
     }
+    hwloc_bitmap_t get() const { return bitmap_.get(); }
+
+    void set(size_t bit) { hwloc_bitmap_set(get(), static_cast<unsigned>(bit)); }
+    bool test(size_t bit) const
+    {
+        return hwloc_bitmap_isset(get(), static_cast<unsigned>(bit)) != 0;
+    }
+    size_t count() const { return static_cast<size_t>(hwloc_bitmap_weight(get())); }
+    void unite(const hwloc_set &other) { hwloc_bitmap_or(get(), get(), other.get()); }
+    void intersect(const hwloc_set &other) { hwloc_bitmap_and(get(), get(), other.get()); }
+    void subtract(const hwloc_set &other) { hwloc_bitmap_andnot(get(), get(), other.get()); }
+    bool equals(const hwloc_set &other) const
+    {
+        return hwloc_bitmap_isequal(get(), other.get()) != 0;
+    }
+    bool is_in(const hwloc_set &other) const
+    {
+        return hwloc_bitmap_isincluded(get(), other.get()) != 0;
+    }
+
+private:
+    struct release {
+        void operator()(hwloc_bitmap_t bitmap) const { hwloc_bitmap_free(bitmap); }
+    };
+    std::unique_ptr<hwloc_bitmap_s, release> bitmap_;
 };
 
-// What the library is compared with: the same bits, one at a time.
-bool is_set(const uint8_t *bits, size_t bit)
+template <size_t Bits> class std_set
 {
-    return (bits[bit / 8] & (0x80 >> bit % 8)) != 0;
-}
+public:
+    explicit std_set(size_t) : bits_(std::make_unique<std::bitset<Bits>>()) {}
+    void set(size_t bit) { bits_->set(bit); }
+    size_t count() const { return bits_->count(); }
+    void unite(const std_set &other) { *bits_ |= *other.bits_; }
+    void intersect(const std_set &other) { *bits_ &= *other.bits_; }
+    void subtract(const std_set &other) { *bits_ &= ~*other.bits_; }
+    bool equals(const std_set &other) const { return *bits_ == *other.bits_; }
+    bool is_in(const std_set &other) const { return (*bits_ & ~*other.bits_).none(); }
 
-uint32_t count_bits(const uint8_t *bits, size_t n)
-{
-    uint32_t count = 0;
-    for (size_t bit = 0; bit < n * 8; ++bit) {
-        count += is_set(bits, bit) ? 1u : 0u;
-    }
-    return count;
-}
+private:
+    std::unique_ptr<std::bitset<Bits>> bits_;
+};
 
-size_t first_bit(const uint8_t *bits, size_t n)
+class boost_set
 {
-    size_t bit = 0;
-    while (bit < n * 8 && !is_set(bits, bit)) {
-        ++bit;
-    }
-    return bit;
-}
+public:
+    explicit boost_set(size_t bits) : bits_(bits) {}
+    void set(size_t bit) { bits_.set(bit); }
+    size_t count() const { return bits_.count(); }
+    void unite(const boost_set &other) { bits_ |= other.bits_; }
+    void intersect(const boost_set &other) { bits_ &= other.bits_; }
+    void subtract(const boost_set &other) { bits_ -= other.bits_; }
+    bool equals(const boost_set &other) const { return bits_ == other.bits_; }
+    bool is_in(const boost_set &other) const { return bits_.is_subset_of(other.bits_); }
 
-void unite_bits(uint8_t *bits, const uint8_t *others, size_t n)
-{
-    for (size_t bit = 0; bit < n * 8; ++bit) {
-        if (is_set(others, bit)) {
-            bits[bit / 8] = static_cast<uint8_t>(bits[bit / 8] | 0x80 >> bit % 8);
-        }
-    }
-}
+private:
+    boost::dynamic_bitset<> bits_;
+};
 
-// The next run after *range, as bitset_next_range gives it.
-[[gnu::noinline]] int32_t next_run(const uint8_t *bits, size_t n, bitset_range *range)
+class llvm_set
 {
-    const auto numbits = static_cast<int32_t>(n * 8);
-    const bool is_start = range->lower == 1 && range->upper == 0;
-    int32_t bit = is_start ? 0 : range->upper + 2;
-    while (bit < numbits && !is_set(bits, static_cast<size_t>(bit))) {
-        ++bit;
-    }
-    if (bit >= numbits) {
-        return -1;
-    }
-    range->lower = bit;
-    while (bit < numbits && is_set(bits, static_cast<size_t>(bit))) {
-        ++bit;
-    }
-    range->upper = bit - 1;
-    return 0;
-}
+public:
+    explicit llvm_set(size_t bits) : bits_(static_cast<unsigned>(bits)) {}
+    void set(size_t bit) { bits_.set(static_cast<unsigned>(bit)); }
+    size_t count() const { return bits_.count(); }
+    void unite(const llvm_set &other) { bits_ |= other.bits_; }
+    void intersect(const llvm_set &other) { bits_ &= other.bits_; }
+    void subtract(const llvm_set &other) { bits_.reset(other.bits_); }
+    bool equals(const llvm_set &other) const { return bits_ == other.bits_; }
+    // Its test() is whether a bit is in the first set only.
+    bool is_in(const llvm_set &other) const { return !bits_.test(other.bits_); }
 
-// Counts the runs that next finds.
-template <class Next> uint32_t count_runs(Next next)
-{
-    bitset_range range = {1, 0};
-    uint32_t runs = 0;
-    while (next(&range) == 0) {
-        ++runs;
-    }
-    return runs;
-}
+private:
+    llvm::BitVector bits_;
+};
 
-// Registers <operation>/<peer>/<size> around the loop's body.
-template <class Body>
-void add(const std::string &operation, const std::string &peer, size_t size, Body body)
-{
-    const std::string name = operation + "/" + peer + "/" + std::to_string(size);
-    benchmark::RegisterBenchmark(name.c_str(), [=](benchmark::State &state) {
-        body(state);
-        state.SetBytesProcessed(state.iterations() * static_cast<int64_t>(size));
-    })->MinTime(0.1);
-}
+// ---- Inputs ----
 
-void add_library(const ktlibbmp::kernels *variant, size_t size)
+using bit_list = std::vector<size_t>;
+
+enum class kind { dense, ranges, sparse };
+
+bit_list random_bits(kind kind, size_t numbits, unsigned seed)
 {
-    add("count", variant->name, size, [=](benchmark::State &state) {
-        library sets(variant, size);
-        fill_at_random(sets.left.bits(), size);
-        for (auto step : state) {
-            benchmark::DoNotOptimize(bitset_bitcount(sets.left.get()));
-        }
-    });
-    add("search", variant->name, size, [=](benchmark::State &state) {
-        library sets(variant, size);
-        bitset_set_bit(sets.left.get(), static_cast<int32_t>(size * 8 - 1));
-        for (auto step : state) {
-            benchmark::DoNotOptimize(bitset_first_bit(sets.left.get()));
-        }
-    });
-    add("search back", variant->name, size, [=](benchmark::State &state) {
-        library sets(variant, size);
-        bitset_set_bit(sets.left.get(), 0);
-        for (auto step : state) {
-            benchmark::DoNotOptimize(
-                bitset_find_prev_bit(sets.left.get(), static_cast<int32_t>(size * 8 - 1)));
-        }
-    });
-    add("union", variant->name, size, [=](benchmark::State &state) {
-        library sets(variant, size);
-        fill_at_random(sets.right.bits(), size);
-        for (auto step : state) {
-            bitset_union(sets.left.get(), sets.right.get());
-            benchmark::ClobberMemory();
-        }
-    });
-    add("subset", variant->name, size, [=](benchmark::State &state) {
-        library sets(variant, size);
-        fill_at_random(sets.left.bits(), size);
-        bitset_copy(sets.right.get(), sets.left.get());
-        for (auto step : state) {
-            benchmark::DoNotOptimize(bitset_subset(sets.left.get(), sets.right.get()));
-        }
-    });
-    add("reverse", variant->name, size, [=](benchmark::State &state) {
-        library sets(variant, size);
-        fill_at_random(sets.left.bits(), size);
-        for (auto step : state) {
-            bitset_to_bitarray(sets.left.get(), sets.right.bits(), static_cast<int32_t>(size));
-            benchmark::ClobberMemory();
-        }
-    });
-    for (const bool dense : {true, false}) {
-        add(dense ? "runs, dense" : "runs", variant->name, size, [=](benchmark::State &state) {
-            library sets(variant, size);
-            fill_runs(sets.left.get(), dense);
-            for (auto step : state) {
-                benchmark::DoNotOptimize(count_runs([&](bitset_range *range) {
-                    return bitset_next_range(sets.left.get(), range);
-                }));
+    std::mt19937 generator(seed);
+    const auto up_to = [&](size_t most) { return generator() % most + 1; };
+    bit_list bits;
+    for (size_t bit = 0; bit < numbits;) {
+        if (kind == kind::dense) {
+            if (up_to(4) == 1) {
+                bits.push_back(bit);
             }
-        });
+            ++bit;
+            continue;
+        }
+        const size_t run = kind == kind::ranges ? up_to(64) : 1;
+        for (const size_t end = std::min(bit + run, numbits); bit < end; ++bit) {
+            bits.push_back(bit);
+        }
+        bit += up_to(kind == kind::ranges ? 64 : 600);
     }
+    return bits;
 }
 
-void add_bit_loops(size_t size)
+template <class Set> Set set_of(size_t numbits, const bit_list &bits)
 {
-    const std::string peer = "bit by bit";
-    add("count", peer, size, [=](benchmark::State &state) {
-        record b(size);
-        fill_at_random(b.bits(), size);
-        for (auto step : state) {
-            benchmark::DoNotOptimize(count_bits(b.bits(), size));
-        }
-    });
-    add("search", peer, size, [=](benchmark::State &state) {
-        record b(size);
-        b.bits()[size - 1] = 1;
-        for (auto step : state) {
-            benchmark::DoNotOptimize(first_bit(b.bits(), size));
-        }
-    });
-    add("union", peer, size, [=](benchmark::State &state) {
-        record b(size);
-        record other(size);
-        fill_at_random(other.bits(), size);
-        for (auto step : state) {
-            unite_bits(b.bits(), other.bits(), size);
-            benchmark::ClobberMemory();
-        }
-    });
-    for (const bool dense : {true, false}) {
-        add(dense ? "runs, dense" : "runs", peer, size, [=](benchmark::State &state) {
-            record b(size);
-            fill_runs(b.get(), dense);
-            for (auto step : state) {
-                benchmark::DoNotOptimize(count_runs(
-                    [&](bitset_range *range) { return next_run(b.bits(), size, range); }));
-            }
-        });
-    }
-}
-
-template <size_t Bits> std::unique_ptr<std::bitset<Bits>> random_standard_set()
-{
-    auto set = std::make_unique<std::bitset<Bits>>();
-    std::mt19937 generator(1);
-    for (size_t bit = 0; bit < Bits; ++bit) {
-        set->set(bit, generator() % 2 != 0);
+    Set set(numbits);
+    for (const size_t bit : bits) {
+        set.set(bit);
     }
     return set;
 }
 
-template <size_t Size> void add_standard()
+// ---- Single bits, counts, algebra and comparison ----
+
+template <class Body> void add(const std::string &name, Body body)
 {
-    using set = std::bitset<Size * 8>;
-    const std::string peer = "std::bitset";
-    add("count", peer, Size, [=](benchmark::State &state) {
-        auto b = random_standard_set<Size * 8>();
+    benchmark::RegisterBenchmark(name.c_str(), body);
+}
+
+bit_list random_positions()
+{
+    std::mt19937 generator(1);
+    bit_list positions(50000);
+    for (size_t &position : positions) {
+        position = generator() % k_walked_bits;
+    }
+    return positions;
+}
+
+template <class Set> void add_single_bits(const std::string &library)
+{
+    add("bit_set/" + library, [](benchmark::State &state) {
+        const bit_list positions = random_positions();
+        Set set(k_walked_bits);
         for (auto step : state) {
-            benchmark::DoNotOptimize(b->count());
+            for (const size_t position : positions) {
+                set.set(position);
+            }
             benchmark::ClobberMemory();
         }
     });
-    add("search", peer, Size, [=](benchmark::State &state) {
-        auto b = std::make_unique<set>();
-        b->set(Size * 8 - 1);
+    add("bit_test/" + library, [](benchmark::State &state) {
+        const bit_list positions = random_positions();
+        const Set set = set_of<Set>(k_walked_bits, random_bits(kind::dense, k_walked_bits, 1));
         for (auto step : state) {
-            // The only search that the standard has: whether there is a set bit.
-            benchmark::DoNotOptimize(b->any());
+            size_t found = 0;
+            for (const size_t position : positions) {
+                found += set.test(position) ? 1u : 0u;
+            }
+            benchmark::DoNotOptimize(found);
+        }
+    });
+}
+
+template <class Set>
+void add_count(const std::string &library, const std::string &size, size_t numbits)
+{
+    add("count/" + size + "/" + library, [=](benchmark::State &state) {
+        const bit_list bits = random_bits(kind::dense, numbits, 1);
+        const Set set = set_of<Set>(numbits, bits);
+        size_t count = 0;
+        for (auto step : state) {
+            count = set.count();
+            benchmark::DoNotOptimize(count);
+            benchmark::ClobberMemory();
+        }
+        if (count != bits.size()) {
+            state.SkipWithError("wrong count");
+        }
+    });
+}
+
+// Changes a set by another one, over and over; in the end it must have so many bits.
+template <class Set, class Change>
+void add_change(const std::string &name, size_t numbits, Change change,
+                size_t (*expected)(bool, bool))
+{
+    add(name, [=](benchmark::State &state) {
+        const bit_list first = random_bits(kind::dense, numbits, 1);
+        const bit_list second = random_bits(kind::dense, numbits, 2);
+        Set set = set_of<Set>(numbits, first);
+        const Set other = set_of<Set>(numbits, second);
+        for (auto step : state) {
+            change(set, other);
+            benchmark::ClobberMemory();
+        }
+        std::vector<bool> in_first(numbits);
+        std::vector<bool> in_second(numbits);
+        std::for_each(first.begin(), first.end(), [&](size_t bit) { in_first[bit] = true; });
+        std::for_each(second.begin(), second.end(), [&](size_t bit) { in_second[bit] = true; });
+        size_t count = 0;
+        for (size_t bit = 0; bit < numbits; ++bit) {
+            count += expected(in_first[bit], in_second[bit]);
+        }
+        if (set.count() != count) {
+            state.SkipWithError("wrong result");
+        }
+    });
+}
+
+// Compares a set with an equal one or with a superset.
+template <class Set, class Compare>
+void add_comparison(const std::string &name, size_t numbits, bool superset, Compare compare)
+{
+    add(name, [=](benchmark::State &state) {
+        const bit_list bits = random_bits(kind::dense, numbits, 1);
+        const Set set = set_of<Set>(numbits, bits);
+        Set other = set_of<Set>(numbits, bits);
+        if (superset) {
+            other.unite(set_of<Set>(numbits, random_bits(kind::dense, numbits, 2)));
+        }
+        bool holds = true;
+        for (auto step : state) {
+            holds = compare(set, other);
+            benchmark::DoNotOptimize(holds);
+            benchmark::ClobberMemory();
+        }
+        if (!holds) {
+            state.SkipWithError("wrong result");
+        }
+    });
+}
+
+template <class Set>
+void add_algebra(const std::string &library, const std::string &size, size_t numbits)
+{
+    const std::string rest = "/" + size + "/" + library;
+    add_change<Set>(
+        "union" + rest, numbits, [](Set &set, const Set &other) { set.unite(other); },
+        [](bool v, bool w) -> size_t { return v || w; });
+    add_change<Set>(
+        "intersection" + rest, numbits, [](Set &set, const Set &other) { set.intersect(other); },
+        [](bool v, bool w) -> size_t { return v && w; });
+    add_change<Set>(
+        "subtract" + rest, numbits, [](Set &set, const Set &other) { set.subtract(other); },
+        [](bool v, bool w) -> size_t { return v && !w; });
+    add_comparison<Set>("equal" + rest, numbits, false,
+                        [](const Set &set, const Set &other) { return set.equals(other); });
+    add_comparison<Set>("subset" + rest, numbits, true,
+                        [](const Set &set, const Set &other) { return set.is_in(other); });
+}
+
+// The memory traffic that the algebra and the comparisons cannot do without.
+void add_floor(const std::string &size, size_t numbits)
+{
+    add("floor/" + size + "/memcpy", [=](benchmark::State &state) {
+        std::vector<uint8_t> left(numbits / 8);
+        const std::vector<uint8_t> right(numbits / 8);
+        for (auto step : state) {
+            memcpy(left.data(), right.data(), left.size());
             benchmark::ClobberMemory();
         }
     });
-    add("union", peer, Size, [=](benchmark::State &state) {
-        auto b = std::make_unique<set>();
-        auto other = random_standard_set<Size * 8>();
+    add("floor/" + size + "/memcmp", [=](benchmark::State &state) {
+        const std::vector<uint8_t> left(numbits / 8);
+        const std::vector<uint8_t> right(numbits / 8);
         for (auto step : state) {
-            *b |= *other;
+            benchmark::DoNotOptimize(memcmp(left.data(), right.data(), left.size()));
             benchmark::ClobberMemory();
         }
     });
 }
 
-void add_floor(size_t size)
+template <size_t Bits> void add_size(const std::string &size)
 {
-    for (const char *operation : {"count", "search", "search back", "subset"}) {
-        add(operation, "memcmp", size, [=](benchmark::State &state) {
-            std::vector<uint8_t> left(size);
-            std::vector<uint8_t> right(size);
-            for (auto step : state) {
-                benchmark::DoNotOptimize(memcmp(left.data(), right.data(), size));
-                benchmark::ClobberMemory();
-            }
-        });
-    }
-    for (const char *operation : {"union", "reverse", "runs", "runs, dense"}) {
-        add(operation, "memcpy", size, [=](benchmark::State &state) {
-            std::vector<uint8_t> left(size);
-            std::vector<uint8_t> right(size);
-            for (auto step : state) {
-                memcpy(left.data(), right.data(), size);
-                benchmark::ClobberMemory();
-            }
-        });
-    }
+    add_count<ruk_set>("ruk", size, Bits);
+    add_count<hwloc_set>("hwloc", size, Bits);
+    add_count<std_set<Bits>>("std", size, Bits);
+    add_count<boost_set>("boost", size, Bits);
+    add_count<llvm_set>("llvm", size, Bits);
+    add_algebra<ruk_set>("ruk", size, Bits);
+    add_algebra<hwloc_set>("hwloc", size, Bits);
+    add_algebra<std_set<Bits>>("std", size, Bits);
+    add_algebra<boost_set>("boost", size, Bits);
+    add_algebra<llvm_set>("llvm", size, Bits);
+    add_floor(size, Bits);
 }
 
-// Prints the measurements as usual and remembers them for the table of ratios.
-class ratios : public benchmark::ConsoleReporter
+// ---- Walks over the bits and the runs, and the list as text ----
+
+size_t iterate(const ruk_set &set)
 {
-public:
-    void ReportRuns(const std::vector<Run> &runs) override
-    {
-        ConsoleReporter::ReportRuns(runs);
-        for (const Run &run : runs) {
-            const std::string &name = run.run_name.function_name;
-            const size_t peer = name.find('/');
-            const size_t size = name.rfind('/');
-            times_[name.substr(0, peer) + name.substr(size)].push_back(
-                {name.substr(peer + 1, size - peer - 1), run.GetAdjustedCPUTime()});
-        }
+    size_t sum = 0;
+    for (int32_t bit = bitset_first_bit(set.get()); bit >= 0;
+         bit = bitset_next_bit(set.get(), bit)) {
+        sum += static_cast<size_t>(bit);
     }
+    return sum;
+}
 
-    void Finalize() override
-    {
-        printf("\nCPU times as multiples of the first column's\n");
-        for (const auto &[operation, peers] : times_) {
-            printf("%-18s", operation.c_str());
-            for (const auto &[peer, time] : peers) {
-                printf("  %s %.2f", peer.c_str(), time / peers.front().second);
-            }
-            printf("\n");
-        }
+size_t iterate(const hwloc_set &set)
+{
+    size_t sum = 0;
+    for (int bit = hwloc_bitmap_first(set.get()); bit >= 0;
+         bit = hwloc_bitmap_next(set.get(), bit)) {
+        sum += static_cast<size_t>(bit);
     }
+    return sum;
+}
 
-private:
-    std::map<std::string, std::vector<std::pair<std::string, double>>> times_;
+// The sum over all runs of first bit and length.
+size_t runs(const ruk_set &set)
+{
+    size_t sum = 0;
+    bitset_range range = {1, 0};
+    while (bitset_next_range(set.get(), &range) == 0) {
+        sum += static_cast<size_t>(range.upper + 1);
+    }
+    return sum;
+}
+
+size_t runs(const hwloc_set &set)
+{
+    size_t sum = 0;
+    for (int lower = hwloc_bitmap_first(set.get()); lower >= 0;) {
+        const int end = hwloc_bitmap_next_unset(set.get(), lower);
+        sum += static_cast<size_t>(end);
+        lower = hwloc_bitmap_next(set.get(), end);
+    }
+    return sum;
+}
+
+// Room for the longest list of a set.
+constexpr size_t k_text = k_walked_bits * 4;
+
+size_t print(const ruk_set &set, char *text)
+{
+    int32_t done = 0;
+    return static_cast<size_t>(bitset_snprintf(text, k_text, set.get(), 1, &done));
+}
+
+size_t print(const hwloc_set &set, char *text)
+{
+    return static_cast<size_t>(hwloc_bitmap_list_snprintf(text, k_text, set.get()));
+}
+
+size_t print_unbounded(const ruk_set &set, char *text)
+{
+    return static_cast<size_t>(bitset_sprintf(text, set.get()));
+}
+
+// What each walk over these bits has to add up to.
+struct expected_sums {
+    size_t bits = 0;
+    size_t runs = 0;
+    size_t text = 0;
 };
+
+expected_sums expect(const bit_list &bits)
+{
+    expected_sums sums;
+    for (size_t i = 0; i < bits.size();) {
+        const size_t first = bits[i];
+        size_t last = first;
+        for (; i < bits.size() && (bits[i] == last || bits[i] == last + 1); ++i) {
+            last = bits[i];
+            sums.bits += last;
+        }
+        sums.runs += last + 1;
+        sums.text += (sums.text > 0 ? 1 : 0) + std::to_string(first).size() +
+                     (last > first ? 1 + std::to_string(last).size() : 0);
+    }
+    return sums;
+}
+
+template <class Set, class Walk>
+void add_walk(const std::string &name, kind kind, size_t expected_sums::*expected, Walk walk)
+{
+    add(name, [=](benchmark::State &state) {
+        std::vector<Set> sets;
+        size_t expected_sum = 0;
+        for (unsigned seed = 0; seed < k_sets; ++seed) {
+            bit_list bits = random_bits(kind, k_walked_bits, seed);
+            // Nothing is set at the end, where the libraries differ in what ends a run.
+            while (bits.back() + 2 >= k_walked_bits) {
+                bits.pop_back();
+            }
+            sets.push_back(set_of<Set>(k_walked_bits, bits));
+            expected_sum += expect(bits).*expected;
+        }
+        size_t sum = 0;
+        for (auto step : state) {
+            sum = 0;
+            for (const Set &set : sets) {
+                sum += walk(set);
+            }
+            benchmark::DoNotOptimize(sum);
+        }
+        if (sum != expected_sum) {
+            state.SkipWithError("wrong sum");
+        }
+    });
+}
+
+template <class Set> void add_walks(const std::string &library, const std::string &name, kind kind)
+{
+    const std::string rest = "/" + name + "/" + library;
+    add_walk<Set>("iterate" + rest, kind, &expected_sums::bits,
+                  [](const Set &set) { return iterate(set); });
+    add_walk<Set>("runs" + rest, kind, &expected_sums::runs,
+                  [](const Set &set) { return runs(set); });
+    const std::shared_ptr<char[]> text(new char[k_text]);
+    add_walk<Set>("print" + rest, kind, &expected_sums::text,
+                  [=](const Set &set) { return print(set, text.get()); });
+    if constexpr (std::is_same_v<Set, ruk_set>) {
+        add_walk<Set>("print" + rest + "_sprintf", kind, &expected_sums::text,
+                      [=](const Set &set) { return print_unbounded(set, text.get()); });
+    }
+}
 
 } // namespace
 
 int main(int argc, char **argv)
 {
-    for (const size_t size : std::initializer_list<size_t>{64, 512, 65536}) {
-        for (const ktlibbmp::kernels *variant : ktlibbmp::all_kernels()) {
-            if (variant->runs_here()) {
-                add_library(variant, size);
-            }
-        }
-        add_bit_loops(size);
-    }
-    add_standard<64>();
-    add_standard<512>();
-    add_standard<65536>();
-    for (const size_t size : std::initializer_list<size_t>{64, 512, 65536}) {
-        add_floor(size);
+    add_single_bits<ruk_set>("ruk");
+    add_single_bits<hwloc_set>("hwloc");
+    add_size<1024>("1Ki");
+    add_size<64 * 1024>("64Ki");
+    add_size<1024 * 1024>("1Mi");
+    const std::pair<const char *, kind> kinds[] = {
+        {"dense", kind::dense}, {"ranges", kind::ranges}, {"sparse", kind::sparse}};
+    for (const auto &[name, kind] : kinds) {
+        add_walks<ruk_set>("ruk", name, kind);
+        add_walks<hwloc_set>("hwloc", name, kind);
     }
     benchmark::Initialize(&argc, argv);
     if (benchmark::ReportUnrecognizedArguments(argc, argv)) {
         return 1;
     }
-    ratios reporter;
-    benchmark::RunSpecifiedBenchmarks(&reporter);
+    benchmark::RunSpecifiedBenchmarks();
     return 0;
 }
