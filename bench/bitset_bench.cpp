@@ -29,7 +29,7 @@ namespace
 {
 
 constexpr size_t k_walked_bits = 64 * 1024;
-constexpr size_t k_sets = 16;
+constexpr size_t k_sets = 96;
 
 // ---- The libraries, each behind the same few functions ----
 
@@ -185,12 +185,12 @@ template <class Body> void add(const std::string &name, Body body)
     benchmark::RegisterBenchmark(name.c_str(), body);
 }
 
-bit_list random_positions()
+std::vector<uint32_t> random_positions()
 {
     std::mt19937 generator(1);
-    bit_list positions(50000);
-    for (size_t &position : positions) {
-        position = generator() % k_walked_bits;
+    std::vector<uint32_t> positions(50000);
+    for (uint32_t &position : positions) {
+        position = static_cast<uint32_t>(generator() % k_walked_bits);
     }
     return positions;
 }
@@ -198,21 +198,21 @@ bit_list random_positions()
 template <class Set> void add_single_bits(const std::string &library)
 {
     add("bit_set/" + library, [](benchmark::State &state) {
-        const bit_list positions = random_positions();
+        const std::vector<uint32_t> positions = random_positions();
         Set set(k_walked_bits);
         for (auto step : state) {
-            for (const size_t position : positions) {
+            for (const uint32_t position : positions) {
                 set.set(position);
             }
             benchmark::ClobberMemory();
         }
     });
     add("bit_test/" + library, [](benchmark::State &state) {
-        const bit_list positions = random_positions();
+        const std::vector<uint32_t> positions = random_positions();
         const Set set = set_of<Set>(k_walked_bits, random_bits(kind::dense, k_walked_bits, 1));
         for (auto step : state) {
             size_t found = 0;
-            for (const size_t position : positions) {
+            for (const uint32_t position : positions) {
                 found += set.test(position) ? 1u : 0u;
             }
             benchmark::DoNotOptimize(found);

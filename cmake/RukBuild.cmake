@@ -52,6 +52,8 @@ if(CMAKE_BUILD_TYPE STREQUAL Release AND NOT RUK_SANITIZE)
     target_compile_options(ruk_build_flags INTERFACE
         -U_FORTIFY_SOURCE -D_FORTIFY_SOURCE=2
         -fstack-protector-strong -fstack-clash-protection -fcf-protection)
+    # Short functions that are called millions of times begin where the processor fetches.
+    target_compile_options(ruk_build_flags INTERFACE -falign-functions=32)
     if(CMAKE_CXX_COMPILER_ID STREQUAL GNU)
         # Without direct access to the C library's data: for a tool optimised across files the linker
         # would otherwise copy stdout into it and export the copy.
