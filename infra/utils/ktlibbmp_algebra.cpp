@@ -46,7 +46,7 @@ void bitset_subtract(bitset *b, const bitset *b1)
 int32_t bitset_equal(const bitset *b, const bitset *b1)
 {
     require_pair(b, b1, 605, 608);
-    return memcmp(bits_of(b).data(), bits_of(b1).data(), size_of(b)) == 0 ? 1 : 0;
+    return active_kernels().equal(bits_of(b).data(), bits_of(b1).data(), size_of(b)) ? 1 : 0;
 }
 
 int32_t bitset_maskequal(const bitset *b, const bitset *b1, const bitset *mask)
@@ -73,7 +73,7 @@ int32_t bitset_subset(const bitset *b, const bitset *b1)
     const std::span beyond = bits.subspan(shared);
     const kernels &use = active_kernels();
     return use.is_subset(bits.data(), others.data(), shared) &&
-                   use.find_first(beyond.data(), beyond.size(), 0x00) < 0
+                   use.is_empty(beyond.data(), beyond.size())
                ? 1
                : 0;
 }
@@ -81,5 +81,5 @@ int32_t bitset_subset(const bitset *b, const bitset *b1)
 uint32_t bitset_bitcount(const bitset *b)
 {
     const std::span bits = bits_of(b);
-    return static_cast<uint32_t>(active_kernels().count(bits.data(), bits.size()));
+    return active_kernels().count(bits.data(), bits.size());
 }

@@ -6,22 +6,14 @@
 #include <immintrin.h>
 
 #include "infra/utils/ktlibbmp_kernels.h"
-
-namespace
-{
-
-bool runs_here()
-{
-    return __builtin_cpu_supports("avx2") && __builtin_cpu_supports("popcnt");
-}
-
-} // namespace
+#include "infra/utils/ktlibbmp_processor.h"
 
 #if defined(__clang__)
-#pragma clang attribute push(__attribute__((target("avx2,popcnt"))), apply_to = function)
+#pragma clang attribute push(__attribute__((target("avx2,bmi,bmi2,lzcnt,popcnt"))),                \
+                             apply_to = function)
 #else
 #pragma GCC push_options
-#pragma GCC target("avx2,popcnt")
+#pragma GCC target("avx2,bmi,bmi2,lzcnt,popcnt")
 #endif
 
 #include "infra/utils/ktlibbmp_loops.h"
@@ -50,7 +42,19 @@ struct avx2_ops {
     static block differ(block v, block w) { return _mm256_xor_si256(v, w); }
     static block without(block v, block w) { return _mm256_andnot_si256(w, v); }
     static bool is_zero(block v) { return _mm256_testz_si256(v, v) != 0; }
-    static constexpr bool k_places_bits = false;
+
+    static uint32_t differing(block v, block w)
+    {
+        return ~static_cast<uint32_t>(_mm256_movemask_epi8(_mm256_cmpeq_epi8(v, w)));
+    }
+    static int first_bit(uint32_t bytes, const uint8_t *p, uint8_t fill)
+    {
+        return first_bit_of_byte(p, __builtin_ctz(bytes), fill);
+    }
+    static int last_bit(uint32_t bytes, const uint8_t *p, uint8_t fill)
+    {
+        return last_bit_of_byte(p, 31 - __builtin_clz(bytes), fill);
+    }
 
     // Looks up the count of each nibble, then adds the bytes of each eighth.
     static counts add_counts(counts so_far, block v)
@@ -59,14 +63,15 @@ struct avx2_ops {
             both_halves(_mm_setr_epi8(0, 1, 1, 2, 1, 2, 2, 3, 1, 2, 2, 3, 2, 3, 3, 4));
         const block of_byte = _mm256_add_epi8(_mm256_shuffle_epi8(of_nibble, lower_nibbles(v)),
                                               _mm256_shuffle_epi8(of_nibble, upper_nibbles(v)));
-        return _mm256_add_epi64(so_far, _mm256_sad_epu8(of_byte, _mm256_setzero_si256()));
+        return add(so_far, _mm256_sad_epu8(of_byte, _mm256_setzero_si256()));
     }
     static counts no_counts() { return _mm256_setzero_si256(); }
-    static uint64_t total(counts so_far)
+    static counts add(counts a, counts b) { return _mm256_add_epi64(a, b); }
+    static uint32_t total(counts sum)
     {
         uint64_t sums[4];
-        memcpy(sums, &so_far, sizeof sums);
-        return sums[0] + sums[1] + sums[2] + sums[3];
+        memcpy(sums, &sum, sizeof sums);
+        return static_cast<uint32_t>(sums[0] + sums[1] + sums[2] + sums[3]);
     }
 
     // Looks up each nibble's reversal; the lower one becomes the upper one.
@@ -98,7 +103,7 @@ private:
 namespace ktlibbmp
 {
 
-constinit const kernels k_avx2_kernels = kernels_of<avx2_ops>("avx2", runs_here);
+constinit const kernels k_avx2_kernels = kernels_of<avx2_ops>("avx2", has_avx2);
 
 } // namespace ktlibbmp
 

@@ -1,4 +1,6 @@
 // Bit sets: whole sets, single bits and ranges of bits.
+#include <bit>
+
 #include "infra/utils/ktlibbmp.h"
 
 using namespace ktlibbmp;
@@ -79,7 +81,8 @@ int32_t bitset_is_bit_set(const bitset *b, int32_t bNo)
 {
     require(b != nullptr, "b", 111);
     require(is_in_set(b, bNo), k_bit_in_set, 114);
-    return (bits_of(b)[byte_of(bNo)] & mask_of(bNo)) != 0 ? 1 : 0;
+    // Rotated by its place, the bit is the top one of its byte.
+    return std::rotl(bits_of(b)[byte_of(bNo)], bNo % 8) >> 7;
 }
 
 void bitset_set_range_value(bitset *b, int32_t bNo, int32_t len, int32_t value)

@@ -10,20 +10,35 @@
 namespace ktlibbmp
 {
 
+// The first bit of a run and the bit that ends it; each is -1 when there is none.  Wide, since two
+// numbers of this width come back in a register each.
+struct bit_run {
+    int64_t first;
+    int64_t end;
+};
+
 // One variant.  All take plain bytes at any address and touch no byte beyond n.  Bit positions
-// count from the top bit of the first byte; -1 is none.
+// count from the top bit of the first byte and must fit, so searches take at most 2^28 bytes; -1 is
+// none.
 struct kernels {
     const char *name;
     bool (*runs_here)();
-    uint64_t (*count)(const uint8_t *p, size_t n);
-    // The first, respectively last, bit of n bytes that differs from those of fill (0x00 or 0xff).
-    int64_t (*find_first)(const uint8_t *p, size_t n, uint8_t fill);
-    int64_t (*find_last)(const uint8_t *p, size_t n, uint8_t fill);
+    uint32_t (*count)(const uint8_t *p, size_t n);
+    // The first set, respectively clear, bit of n bytes that is not before the one given.
+    int32_t (*find_set)(const uint8_t *p, size_t n, size_t from);
+    int32_t (*find_clear)(const uint8_t *p, size_t n, size_t from);
+    // The run of set, respectively clear, bits that begins with the bit that the search finds.
+    bit_run (*next_run)(const uint8_t *p, size_t n, size_t from);
+    bit_run (*next_clear_run)(const uint8_t *p, size_t n, size_t from);
+    // The last set bit of n bytes.
+    int32_t (*find_last_set)(const uint8_t *p, size_t n);
     void (*unite)(uint8_t *p, const uint8_t *q, size_t n);
     void (*intersect)(uint8_t *p, const uint8_t *q, size_t n);
     void (*subtract)(uint8_t *p, const uint8_t *q, size_t n);
     void (*mask_copy)(uint8_t *p, const uint8_t *q, const uint8_t *mask, size_t n);
+    bool (*equal)(const uint8_t *p, const uint8_t *q, size_t n);
     bool (*mask_equal)(const uint8_t *p, const uint8_t *q, const uint8_t *mask, size_t n);
+    bool (*is_empty)(const uint8_t *p, size_t n);
     bool (*is_subset)(const uint8_t *p, const uint8_t *q, size_t n);
     // Stores each byte of p, its bits reversed, at the same place of to.
     void (*reverse)(uint8_t *to, const uint8_t *p, size_t n);
@@ -33,6 +48,7 @@ extern const kernels k_word_kernels;
 #if defined(__x86_64__)
 extern const kernels k_popcnt_kernels;
 extern const kernels k_avx2_kernels;
+extern const kernels k_avx512_kernels;
 #endif
 
 // All variants, the best one first; the last one runs everywhere.
@@ -41,14 +57,13 @@ std::span<const kernels *const> all_kernels();
 // Takes this variant from now on; null picks the best one again.  For tests and measurements.
 void force_kernels(const kernels *variant);
 
-// Threads that get here at the same time pick the same variant, so nothing has to be ordered.
+// What is in use; at first a variant each of whose loops picks the best one and goes on with that.
+// Threads that get there at the same time pick the same one, so nothing has to be ordered.
 extern std::atomic<const kernels *> g_kernels;
-const kernels &pick_kernels();
 
 inline const kernels &active_kernels()
 {
-    const kernels *picked = g_kernels.load(std::memory_order_relaxed);
-    return picked != nullptr ? *picked : pick_kernels();
+    return *g_kernels.load(std::memory_order_relaxed);
 }
 
 } // namespace ktlibbmp

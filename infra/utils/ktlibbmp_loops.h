@@ -53,10 +53,17 @@ template <class Unsigned, class Narrower> struct integer_ops {
     static block without(block v, block w) { return static_cast<block>(v & ~w); }
     static bool is_zero(block v) { return v == 0; }
 
-    // Where in a block that is not zero its first and its last bit stand.
-    static constexpr bool k_places_bits = true;
-    static int first_bit(block v) { return __builtin_clzll(in_bit_order(v)); }
-    static int last_bit(block v) { return 63 - __builtin_ctzll(in_bit_order(v)); }
+    // Where two blocks differ, other than 0 where they do, and the first and the last bit of that.
+    // Wider blocks find the byte only, and look its bits up in memory.
+    static block differing(block v, block w) { return differ(v, w); }
+    static int first_bit(block found, const uint8_t *, uint8_t)
+    {
+        return __builtin_clzll(in_bit_order(found));
+    }
+    static int last_bit(block found, const uint8_t *, uint8_t)
+    {
+        return 63 - __builtin_ctzll(in_bit_order(found));
+    }
 
     // Adds up each byte's bits, then the bytes.  Compilers know the pattern and use the
     // processor's own count where the variant has one.
@@ -69,7 +76,8 @@ template <class Unsigned, class Narrower> struct integer_ops {
         return so_far + ((bits * 0x0101010101010101) >> 56);
     }
     static counts no_counts() { return 0; }
-    static uint64_t total(counts so_far) { return so_far; }
+    static counts add(counts a, counts b) { return a + b; }
+    static uint32_t total(counts sum) { return static_cast<uint32_t>(sum); }
 
     static block reverse(block v)
     {
@@ -89,7 +97,74 @@ private:
 using byte_ops = integer_ops<uint8_t, void>;
 using word_ops = integer_ops<uint64_t, byte_ops>;
 
-enum class algebra { unite, intersect, subtract };
+// The first and the last bit of a byte that differs from fill, counted from the first byte at p.
+inline int first_bit_of_byte(const uint8_t *p, int byte, uint8_t fill)
+{
+    return byte * 8 + byte_ops::first_bit(byte_ops::differ(p[byte], fill), p, fill);
+}
+
+inline int last_bit_of_byte(const uint8_t *p, int byte, uint8_t fill)
+{
+    return byte * 8 + byte_ops::last_bit(byte_ops::differ(p[byte], fill), p, fill);
+}
+
+// What the algebra and the comparisons do with one block.  It makes no difference if they do a byte
+// twice.
+struct united {
+    template <class Ops> static bool run(uint8_t *p, const uint8_t *q)
+    {
+        Ops::store(p, Ops::either(Ops::load(p), Ops::load(q)));
+        return true;
+    }
+};
+
+struct intersected {
+    template <class Ops> static bool run(uint8_t *p, const uint8_t *q)
+    {
+        Ops::store(p, Ops::both(Ops::load(p), Ops::load(q)));
+        return true;
+    }
+};
+
+struct subtracted {
+    template <class Ops> static bool run(uint8_t *p, const uint8_t *q)
+    {
+        Ops::store(p, Ops::without(Ops::load(p), Ops::load(q)));
+        return true;
+    }
+};
+
+struct copied {
+    template <class Ops> static bool run(uint8_t *p, const uint8_t *q, const uint8_t *mask)
+    {
+        const auto m = Ops::load(mask);
+        const auto kept = Ops::without(Ops::load(p), m);
+        Ops::store(p, Ops::either(kept, Ops::both(Ops::load(q), m)));
+        return true;
+    }
+};
+
+struct equality {
+    template <class Ops> static bool run(const uint8_t *p, const uint8_t *q)
+    {
+        return Ops::is_zero(Ops::differ(Ops::load(p), Ops::load(q)));
+    }
+    template <class Ops> static bool run(const uint8_t *p, const uint8_t *q, const uint8_t *mask)
+    {
+        return Ops::is_zero(Ops::both(Ops::differ(Ops::load(p), Ops::load(q)), Ops::load(mask)));
+    }
+};
+
+struct emptiness {
+    template <class Ops> static bool run(const uint8_t *p) { return Ops::is_zero(Ops::load(p)); }
+};
+
+struct inclusion {
+    template <class Ops> static bool run(const uint8_t *p, const uint8_t *q)
+    {
+        return Ops::is_zero(Ops::without(Ops::load(p), Ops::load(q)));
+    }
+};
 
 template <class Ops> struct loops {
     using block = typename Ops::block;
@@ -99,126 +174,123 @@ template <class Ops> struct loops {
 
     static size_t whole_blocks(size_t n) { return n - n % k_step; }
 
-    static uint64_t count(const uint8_t *p, size_t n)
+    static uint32_t count(const uint8_t *p, size_t n)
     {
-        typename Ops::counts counts = Ops::no_counts();
+        typename Ops::counts sum = Ops::no_counts();
         size_t at = 0;
-        for (; at != whole_blocks(n); at += k_step) {
-            counts = Ops::add_counts(counts, Ops::load(p + at));
+        if (n >= 4 * k_step) {
+            // In four sums, so that no addition waits for the one before.
+            typename Ops::counts second = sum;
+            typename Ops::counts third = sum;
+            typename Ops::counts fourth = sum;
+            for (; at + 4 * k_step <= n; at += 4 * k_step) {
+                sum = Ops::add_counts(sum, Ops::load(p + at));
+                second = Ops::add_counts(second, Ops::load(p + at + k_step));
+                third = Ops::add_counts(third, Ops::load(p + at + 2 * k_step));
+                fourth = Ops::add_counts(fourth, Ops::load(p + at + 3 * k_step));
+            }
+            sum = Ops::add(Ops::add(sum, second), Ops::add(third, fourth));
+        }
+        for (; at + k_step <= n; at += k_step) {
+            sum = Ops::add_counts(sum, Ops::load(p + at));
         }
         if constexpr (k_leaves_rest) {
-            return Ops::total(counts) + rest::count(p + at, n - at);
+            return at == n ? Ops::total(sum) : Ops::total(sum) + rest::count(p + at, n - at);
         } else {
-            return Ops::total(counts);
+            return Ops::total(sum);
         }
     }
 
-    // Where the width cannot place a bit within its block, the narrower one finds it as it would
-    // find one in the rest.
-    static int64_t find_first(const uint8_t *p, size_t n, uint8_t fill)
+    // Has Step do n bytes at p, and at the same places of the others, block by block, until it
+    // returns false; false if it did.  The second block begins at the next address that suits its
+    // width and the last one ends with the bytes, so Step does some bytes twice, which must make no
+    // difference.
+    template <class Step, class Byte, class... Bytes>
+    static bool each_block(size_t n, Byte *p, Bytes *...others)
     {
-        const block filled = Ops::spread(fill);
+        if (n < k_step) {
+            if constexpr (k_leaves_rest) {
+                return rest::template each_block<Step>(n, p, others...);
+            } else {
+                return true;
+            }
+        }
+        const auto step = [=](size_t at) {
+            return Step::template run<Ops>(p + at, others + at...);
+        };
+        if (!step(0)) {
+            return false;
+        }
+        size_t at = k_step - reinterpret_cast<uintptr_t>(p) % k_step;
+        for (; at + k_step <= n; at += k_step) {
+            if (!step(at)) {
+                return false;
+            }
+        }
+        return at == n || step(n - k_step);
+    }
+
+    // The first, respectively last, bit of n bytes that differs from those of Fill.
+    template <uint8_t Fill> static int32_t find_first(const uint8_t *p, size_t n)
+    {
+        const block filled = Ops::spread(Fill);
         size_t at = 0;
         for (; at != whole_blocks(n); at += k_step) {
-            const block found = Ops::differ(Ops::load(p + at), filled);
-            if (!Ops::is_zero(found)) {
-                if constexpr (Ops::k_places_bits) {
-                    return position(at, Ops::first_bit(found));
-                } else {
-                    break;
-                }
+            const auto found = Ops::differing(Ops::load(p + at), filled);
+            if (found != 0) {
+                return position(at, Ops::first_bit(found, p + at, Fill));
             }
         }
         if constexpr (k_leaves_rest) {
-            const int64_t found = rest::find_first(p + at, n - at, fill);
+            const int32_t found = rest::template find_first<Fill>(p + at, n - at);
             return found < 0 ? found : position(at, found);
         } else {
             return -1;
         }
     }
 
-    static int64_t find_last(const uint8_t *p, size_t n, uint8_t fill)
+    template <uint8_t Fill> static int32_t find_last(const uint8_t *p, size_t n)
     {
-        const block filled = Ops::spread(fill);
+        const block filled = Ops::spread(Fill);
         size_t end = n;
         for (; end >= k_step; end -= k_step) {
-            const block found = Ops::differ(Ops::load(p + end - k_step), filled);
-            if (!Ops::is_zero(found)) {
-                if constexpr (Ops::k_places_bits) {
-                    return position(end - k_step, Ops::last_bit(found));
-                } else {
-                    break;
-                }
+            const auto found = Ops::differing(Ops::load(p + end - k_step), filled);
+            if (found != 0) {
+                return position(end - k_step, Ops::last_bit(found, p + end - k_step, Fill));
             }
         }
         if constexpr (k_leaves_rest) {
-            return rest::find_last(p, end, fill);
+            return rest::template find_last<Fill>(p, end);
         } else {
             return -1;
         }
     }
 
-    template <algebra Operation> static void combine(uint8_t *p, const uint8_t *q, size_t n)
+    static void unite(uint8_t *p, const uint8_t *q, size_t n) { each_block<united>(n, p, q); }
+    static void intersect(uint8_t *p, const uint8_t *q, size_t n)
     {
-        size_t at = 0;
-        for (; at != whole_blocks(n); at += k_step) {
-            const block v = Ops::load(p + at);
-            const block w = Ops::load(q + at);
-            if constexpr (Operation == algebra::unite) {
-                Ops::store(p + at, Ops::either(v, w));
-            } else if constexpr (Operation == algebra::intersect) {
-                Ops::store(p + at, Ops::both(v, w));
-            } else {
-                Ops::store(p + at, Ops::without(v, w));
-            }
-        }
-        if constexpr (k_leaves_rest) {
-            rest::template combine<Operation>(p + at, q + at, n - at);
-        }
+        each_block<intersected>(n, p, q);
     }
-
+    static void subtract(uint8_t *p, const uint8_t *q, size_t n)
+    {
+        each_block<subtracted>(n, p, q);
+    }
     static void mask_copy(uint8_t *p, const uint8_t *q, const uint8_t *mask, size_t n)
     {
-        size_t at = 0;
-        for (; at != whole_blocks(n); at += k_step) {
-            const block m = Ops::load(mask + at);
-            const block kept = Ops::without(Ops::load(p + at), m);
-            Ops::store(p + at, Ops::either(kept, Ops::both(Ops::load(q + at), m)));
-        }
-        if constexpr (k_leaves_rest) {
-            rest::mask_copy(p + at, q + at, mask + at, n - at);
-        }
+        each_block<copied>(n, p, q, mask);
     }
-
+    static bool equal(const uint8_t *p, const uint8_t *q, size_t n)
+    {
+        return each_block<equality>(n, p, q);
+    }
     static bool mask_equal(const uint8_t *p, const uint8_t *q, const uint8_t *mask, size_t n)
     {
-        size_t at = 0;
-        for (; at != whole_blocks(n); at += k_step) {
-            const block differing = Ops::differ(Ops::load(p + at), Ops::load(q + at));
-            if (!Ops::is_zero(Ops::both(differing, Ops::load(mask + at)))) {
-                return false;
-            }
-        }
-        if constexpr (k_leaves_rest) {
-            return rest::mask_equal(p + at, q + at, mask + at, n - at);
-        } else {
-            return true;
-        }
+        return each_block<equality>(n, p, q, mask);
     }
-
+    static bool is_empty(const uint8_t *p, size_t n) { return each_block<emptiness>(n, p); }
     static bool is_subset(const uint8_t *p, const uint8_t *q, size_t n)
     {
-        size_t at = 0;
-        for (; at != whole_blocks(n); at += k_step) {
-            if (!Ops::is_zero(Ops::without(Ops::load(p + at), Ops::load(q + at)))) {
-                return false;
-            }
-        }
-        if constexpr (k_leaves_rest) {
-            return rest::is_subset(p + at, q + at, n - at);
-        } else {
-            return true;
-        }
+        return each_block<inclusion>(n, p, q);
     }
 
     static void reverse(uint8_t *to, const uint8_t *p, size_t n)
@@ -232,10 +304,72 @@ template <class Ops> struct loops {
         }
     }
 
-private:
-    static int64_t position(size_t byte, int64_t bit)
+    // Searches for the first bit from one on.  Mostly it is near: the word that begins with the
+    // byte of from holds at least 57 of the bits that may be it.
+    template <uint8_t Fill> static int32_t find_next(const uint8_t *p, size_t n, size_t from)
     {
-        return static_cast<int64_t>(byte) * 8 + bit;
+        const size_t byte = from / 8;
+        if (byte + 8 > n) [[unlikely]] {
+            return find_near_end<Fill>(p, n, from);
+        }
+        const uint64_t word = differing<Fill>(p + byte) << from % 8;
+        if (word != 0) {
+            return static_cast<int32_t>(from) + __builtin_clzll(word);
+        }
+        const int32_t found = find_first<Fill>(p + byte + 8, n - byte - 8);
+        return found < 0 ? found : position(byte + 8, found);
+    }
+
+    // The next run is a search for its first bit and one for the bit that ends it.  Mostly one word
+    // holds both.
+    template <uint8_t Fill> static bit_run next_run(const uint8_t *p, size_t n, size_t from)
+    {
+        const size_t byte = from / 8;
+        if (byte + 8 <= n) [[likely]] {
+            const uint64_t word = differing<Fill>(p + byte) << from % 8;
+            const size_t before = zeros_above(word);
+            const size_t length = zeros_above(~(word << before % 64));
+            if (before + length + from % 8 < 64) {
+                const auto first = static_cast<int64_t>(from + before);
+                return {first, first + static_cast<int64_t>(length)};
+            }
+        }
+        constexpr uint8_t k_other = Fill ^ 0xff;
+        const int32_t first = find_next<Fill>(p, n, from);
+        const int32_t end =
+            first < 0 ? -1 : find_next<k_other>(p, n, static_cast<size_t>(first) + 1);
+        return {first, end};
+    }
+
+private:
+    static int32_t position(size_t byte, int32_t bit)
+    {
+        return static_cast<int32_t>(byte) * 8 + bit;
+    }
+
+    static size_t zeros_above(uint64_t word)
+    {
+        return word == 0 ? 64 : static_cast<size_t>(__builtin_clzll(word));
+    }
+
+    template <uint8_t Fill> static uint64_t differing(const uint8_t *p)
+    {
+        return in_bit_order(word_ops::differ(word_ops::load(p), word_ops::spread(Fill)));
+    }
+
+    // What find_next does where fewer than 8 bytes are left.
+    template <uint8_t Fill> static int32_t find_near_end(const uint8_t *p, size_t n, size_t from)
+    {
+        const size_t byte = from / 8;
+        if (byte >= n) {
+            return -1;
+        }
+        const uint64_t in_first = in_bit_order(byte_ops::differ(p[byte], Fill)) << from % 8;
+        if (in_first != 0) {
+            return static_cast<int32_t>(from) + __builtin_clzll(in_first);
+        }
+        const int32_t found = loops<byte_ops>::find_first<Fill>(p + byte + 1, n - byte - 1);
+        return found < 0 ? found : position(byte + 1, found);
     }
 };
 
@@ -245,13 +379,18 @@ template <class Ops> constexpr kernels kernels_of(const char *name, bool (*runs_
         .name = name,
         .runs_here = runs_here,
         .count = loops<Ops>::count,
-        .find_first = loops<Ops>::find_first,
-        .find_last = loops<Ops>::find_last,
-        .unite = loops<Ops>::template combine<algebra::unite>,
-        .intersect = loops<Ops>::template combine<algebra::intersect>,
-        .subtract = loops<Ops>::template combine<algebra::subtract>,
+        .find_set = loops<Ops>::template find_next<0x00>,
+        .find_clear = loops<Ops>::template find_next<0xff>,
+        .next_run = loops<Ops>::template next_run<0x00>,
+        .next_clear_run = loops<Ops>::template next_run<0xff>,
+        .find_last_set = loops<Ops>::template find_last<0x00>,
+        .unite = loops<Ops>::unite,
+        .intersect = loops<Ops>::intersect,
+        .subtract = loops<Ops>::subtract,
         .mask_copy = loops<Ops>::mask_copy,
+        .equal = loops<Ops>::equal,
         .mask_equal = loops<Ops>::mask_equal,
+        .is_empty = loops<Ops>::is_empty,
         .is_subset = loops<Ops>::is_subset,
         .reverse = loops<Ops>::reverse,
     };

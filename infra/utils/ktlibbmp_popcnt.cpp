@@ -5,16 +5,7 @@
 #include <cstring>
 
 #include "infra/utils/ktlibbmp_kernels.h"
-
-namespace
-{
-
-bool runs_here()
-{
-    return __builtin_cpu_supports("popcnt");
-}
-
-} // namespace
+#include "infra/utils/ktlibbmp_processor.h"
 
 #if defined(__clang__)
 #pragma clang attribute push(__attribute__((target("popcnt"))), apply_to = function)
@@ -34,7 +25,7 @@ bool runs_here()
 namespace ktlibbmp
 {
 
-constinit const kernels k_popcnt_kernels = kernels_of<word_ops>("popcnt", runs_here);
+constinit const kernels k_popcnt_kernels = kernels_of<word_ops>("popcnt", has_popcnt);
 
 } // namespace ktlibbmp
 

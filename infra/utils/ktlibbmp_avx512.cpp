@@ -1,0 +1,103 @@
+// The loops for x86-64 processors with AVX-512: 64 bytes at a time.
+#if defined(__x86_64__)
+
+#if !defined(__clang__)
+// The compiler's own header has registers whose content does not matter start undefined.
+#pragma GCC diagnostic ignored "-Wuninitialized"
+#pragma GCC diagnostic ignored "-Wmaybe-uninitialized"
+#endif
+
+#include <bit>
+#include <cstring>
+#include <immintrin.h>
+
+#include "infra/utils/ktlibbmp_kernels.h"
+#include "infra/utils/ktlibbmp_processor.h"
+
+#if defined(__clang__)
+#pragma clang attribute push(                                                                      \
+    __attribute__((target("avx512f,avx512bw,avx512vpopcntdq,avx2,bmi,bmi2,lzcnt,popcnt"))),        \
+    apply_to = function)
+#else
+#pragma GCC push_options
+#pragma GCC target("avx512f,avx512bw,avx512vpopcntdq,avx2,bmi,bmi2,lzcnt,popcnt")
+#endif
+
+#include "infra/utils/ktlibbmp_loops.h"
+
+namespace ktlibbmp
+{
+
+namespace
+{
+
+struct avx512_ops {
+    using block = __m512i;
+    using narrower = word_ops;
+    using counts = __m512i; // eight sums
+
+    static block load(const uint8_t *p)
+    {
+        block v;
+        memcpy(&v, p, sizeof v);
+        return v;
+    }
+    static void store(uint8_t *p, block v) { memcpy(p, &v, sizeof v); }
+    static block spread(uint8_t byte) { return _mm512_set1_epi8(static_cast<char>(byte)); }
+    static block both(block v, block w) { return _mm512_and_si512(v, w); }
+    static block either(block v, block w) { return _mm512_or_si512(v, w); }
+    static block differ(block v, block w) { return _mm512_xor_si512(v, w); }
+    static block without(block v, block w) { return _mm512_andnot_si512(w, v); }
+    static bool is_zero(block v) { return _mm512_test_epi64_mask(v, v) == 0; }
+
+    static __mmask64 differing(block v, block w) { return _mm512_cmpneq_epi8_mask(v, w); }
+    static int first_bit(__mmask64 bytes, const uint8_t *p, uint8_t fill)
+    {
+        return first_bit_of_byte(p, __builtin_ctzll(bytes), fill);
+    }
+    static int last_bit(__mmask64 bytes, const uint8_t *p, uint8_t fill)
+    {
+        return last_bit_of_byte(p, 63 - __builtin_clzll(bytes), fill);
+    }
+
+    static counts add_counts(counts so_far, block v) { return add(so_far, _mm512_popcnt_epi64(v)); }
+    static counts no_counts() { return _mm512_setzero_si512(); }
+    static counts add(counts a, counts b) { return _mm512_add_epi64(a, b); }
+    static uint32_t total(counts sum)
+    {
+        return static_cast<uint32_t>(_mm512_reduce_add_epi64(sum));
+    }
+
+    // Looks up each nibble's reversal; the lower one becomes the upper one.
+    static block reverse(block v)
+    {
+        const block reversed = _mm512_broadcast_i32x4(
+            _mm_setr_epi8(0, 8, 4, 12, 2, 10, 6, 14, 1, 9, 5, 13, 3, 11, 7, 15));
+        const block upper = _mm512_shuffle_epi8(reversed, lower_nibbles(v));
+        const block lower = _mm512_shuffle_epi8(reversed, upper_nibbles(v));
+        return either(_mm512_slli_epi16(upper, 4), lower);
+    }
+
+private:
+    static block lower_nibbles(block v) { return both(v, spread(0x0f)); }
+    static block upper_nibbles(block v) { return lower_nibbles(_mm512_srli_epi16(v, 4)); }
+};
+
+} // namespace
+
+} // namespace ktlibbmp
+
+#if defined(__clang__)
+#pragma clang attribute pop
+#else
+#pragma GCC pop_options
+#endif
+
+namespace ktlibbmp
+{
+
+constinit const kernels k_avx512_kernels = kernels_of<avx512_ops>("avx512", has_avx512);
+
+} // namespace ktlibbmp
+
+#endif
