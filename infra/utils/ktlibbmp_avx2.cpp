@@ -47,13 +47,10 @@ struct avx2_ops {
     {
         return ~static_cast<uint32_t>(_mm256_movemask_epi8(_mm256_cmpeq_epi8(v, w)));
     }
-    static int first_bit(uint32_t bytes, const uint8_t *p, uint8_t fill)
+    static size_t first_byte(uint32_t found) { return static_cast<size_t>(__builtin_ctz(found)); }
+    static size_t last_byte(uint32_t found)
     {
-        return first_bit_of_byte(p, __builtin_ctz(bytes), fill);
-    }
-    static int last_bit(uint32_t bytes, const uint8_t *p, uint8_t fill)
-    {
-        return last_bit_of_byte(p, 31 - __builtin_clz(bytes), fill);
+        return 31 - static_cast<size_t>(__builtin_clz(found));
     }
 
     // Looks up the count of each nibble, then adds the bytes of each eighth.

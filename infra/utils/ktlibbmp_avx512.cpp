@@ -51,13 +51,13 @@ struct avx512_ops {
     static bool is_zero(block v) { return _mm512_test_epi64_mask(v, v) == 0; }
 
     static __mmask64 differing(block v, block w) { return _mm512_cmpneq_epi8_mask(v, w); }
-    static int first_bit(__mmask64 bytes, const uint8_t *p, uint8_t fill)
+    static size_t first_byte(__mmask64 found)
     {
-        return first_bit_of_byte(p, __builtin_ctzll(bytes), fill);
+        return static_cast<size_t>(__builtin_ctzll(found));
     }
-    static int last_bit(__mmask64 bytes, const uint8_t *p, uint8_t fill)
+    static size_t last_byte(__mmask64 found)
     {
-        return last_bit_of_byte(p, 63 - __builtin_clzll(bytes), fill);
+        return 63 - static_cast<size_t>(__builtin_clzll(found));
     }
 
     static counts add_counts(counts so_far, block v) { return add(so_far, _mm512_popcnt_epi64(v)); }

@@ -31,6 +31,12 @@ inline uint64_t in_bit_order(uint64_t v)
     return std::endian::native == std::endian::little ? __builtin_bswap64(v) : v;
 }
 
+// All of them where there is no other bit.
+inline size_t zeros_above(uint64_t word)
+{
+    return word == 0 ? 64 : static_cast<size_t>(__builtin_clzll(word));
+}
+
 template <class Unsigned, class Narrower> struct integer_ops {
     using block = Unsigned;
     using narrower = Narrower;
@@ -53,16 +59,12 @@ template <class Unsigned, class Narrower> struct integer_ops {
     static block without(block v, block w) { return static_cast<block>(v & ~w); }
     static bool is_zero(block v) { return v == 0; }
 
-    // Where two blocks differ, other than 0 where they do, and the first and the last bit of that.
-    // Wider blocks find the byte only, and look its bits up in memory.
+    // Where two blocks differ, other than 0 where they do, and the first and the last byte of that.
     static block differing(block v, block w) { return differ(v, w); }
-    static int first_bit(block found, const uint8_t *, uint8_t)
+    static size_t first_byte(block found) { return zeros_above(in_bit_order(found)) / 8; }
+    static size_t last_byte(block found)
     {
-        return __builtin_clzll(in_bit_order(found));
-    }
-    static int last_bit(block found, const uint8_t *, uint8_t)
-    {
-        return 63 - __builtin_ctzll(in_bit_order(found));
+        return 7 - static_cast<size_t>(__builtin_ctzll(in_bit_order(found))) / 8;
     }
 
     // Adds up each byte's bits, then the bytes.  Compilers know the pattern and use the
@@ -96,17 +98,6 @@ private:
 
 using byte_ops = integer_ops<uint8_t, void>;
 using word_ops = integer_ops<uint64_t, byte_ops>;
-
-// The first and the last bit of a byte that differs from fill, counted from the first byte at p.
-inline int first_bit_of_byte(const uint8_t *p, int byte, uint8_t fill)
-{
-    return byte * 8 + byte_ops::first_bit(byte_ops::differ(p[byte], fill), p, fill);
-}
-
-inline int last_bit_of_byte(const uint8_t *p, int byte, uint8_t fill)
-{
-    return byte * 8 + byte_ops::last_bit(byte_ops::differ(p[byte], fill), p, fill);
-}
 
 // What the algebra and the comparisons do with one block.  It makes no difference if they do a byte
 // twice.
@@ -230,37 +221,36 @@ template <class Ops> struct loops {
         return at == n || step(n - k_step);
     }
 
-    // The first, respectively last, bit of n bytes that differs from those of Fill.
-    template <uint8_t Fill> static int32_t find_first(const uint8_t *p, size_t n)
+    // The first byte from one on that differs from Fill; n if none does.
+    template <uint8_t Fill> static size_t find_byte(const uint8_t *p, size_t n, size_t from)
     {
         const block filled = Ops::spread(Fill);
-        size_t at = 0;
-        for (; at != whole_blocks(n); at += k_step) {
+        size_t at = from;
+        for (; at + k_step <= n; at += k_step) {
             const auto found = Ops::differing(Ops::load(p + at), filled);
             if (found != 0) {
-                return position(at, Ops::first_bit(found, p + at, Fill));
+                return at + Ops::first_byte(found);
             }
         }
         if constexpr (k_leaves_rest) {
-            const int32_t found = rest::template find_first<Fill>(p + at, n - at);
-            return found < 0 ? found : position(at, found);
+            return rest::template find_byte<Fill>(p, n, at);
         } else {
-            return -1;
+            return n;
         }
     }
 
-    template <uint8_t Fill> static int32_t find_last(const uint8_t *p, size_t n)
+    static int32_t find_last_set(const uint8_t *p, size_t n)
     {
-        const block filled = Ops::spread(Fill);
         size_t end = n;
         for (; end >= k_step; end -= k_step) {
-            const auto found = Ops::differing(Ops::load(p + end - k_step), filled);
+            const auto found = Ops::differing(Ops::load(p + end - k_step), Ops::spread(0x00));
             if (found != 0) {
-                return position(end - k_step, Ops::last_bit(found, p + end - k_step, Fill));
+                const size_t byte = end - k_step + Ops::last_byte(found);
+                return static_cast<int32_t>(byte * 8) + 7 - __builtin_ctz(p[byte]);
             }
         }
         if constexpr (k_leaves_rest) {
-            return rest::template find_last<Fill>(p, end);
+            return rest::find_last_set(p, end);
         } else {
             return -1;
         }
@@ -304,72 +294,63 @@ template <class Ops> struct loops {
         }
     }
 
-    // Searches for the first bit from one on.  Mostly it is near: the word that begins with the
-    // byte of from holds at least 57 of the bits that may be it.
-    template <uint8_t Fill> static int32_t find_next(const uint8_t *p, size_t n, size_t from)
+    // The first bit from one on that differs from those of Fill.
+    template <uint8_t Fill> static int32_t find_bit(const uint8_t *p, size_t n, size_t from)
     {
-        const size_t byte = from / 8;
-        if (byte + 8 > n) [[unlikely]] {
-            return find_near_end<Fill>(p, n, from);
+        size_t byte = from / 8;
+        if (byte + 8 <= n) [[likely]] {
+            // Mostly it is near: this holds at least 57 of the bits that may be it.
+            const uint64_t word = differing_from<Fill>(p, from);
+            if (word != 0) {
+                return static_cast<int32_t>(from + zeros_above(word));
+            }
+            byte += 8;
+        } else {
+            const int32_t in_byte = byte < n ? find_in_byte<Fill>(p, from) : -1;
+            if (byte >= n || in_byte >= 0) {
+                return in_byte;
+            }
+            ++byte;
         }
-        const uint64_t word = differing<Fill>(p + byte) << from % 8;
-        if (word != 0) {
-            return static_cast<int32_t>(from) + __builtin_clzll(word);
-        }
-        const int32_t found = find_first<Fill>(p + byte + 8, n - byte - 8);
-        return found < 0 ? found : position(byte + 8, found);
+        byte = find_byte<Fill>(p, n, byte);
+        return byte == n ? -1 : find_in_byte<Fill>(p, byte * 8);
     }
 
     // The next run is a search for its first bit and one for the bit that ends it.  Mostly one word
-    // holds both.
+    // holds both: the word of from, or the one that begins with the next byte that differs.
     template <uint8_t Fill> static bit_run next_run(const uint8_t *p, size_t n, size_t from)
     {
-        const size_t byte = from / 8;
-        if (byte + 8 <= n) [[likely]] {
-            const uint64_t word = differing<Fill>(p + byte) << from % 8;
+        constexpr uint8_t k_other = Fill ^ 0xff;
+        while (from / 8 + 8 <= n) {
+            const uint64_t word = differing_from<Fill>(p, from);
             const size_t before = zeros_above(word);
             const size_t length = zeros_above(~(word << before % 64));
-            if (before + length + from % 8 < 64) {
-                const auto first = static_cast<int64_t>(from + before);
+            const auto first = static_cast<int64_t>(from + before);
+            if (from % 8 + before + length < 64) {
                 return {first, first + static_cast<int64_t>(length)};
             }
+            if (word != 0) {
+                return {first, find_bit<k_other>(p, n, from + before + 1)};
+            }
+            from = find_byte<Fill>(p, n, from / 8 + 8) * 8;
         }
-        constexpr uint8_t k_other = Fill ^ 0xff;
-        const int32_t first = find_next<Fill>(p, n, from);
-        const int32_t end =
-            first < 0 ? -1 : find_next<k_other>(p, n, static_cast<size_t>(first) + 1);
-        return {first, end};
+        const int32_t first = find_bit<Fill>(p, n, from);
+        return {first, first < 0 ? -1 : find_bit<k_other>(p, n, static_cast<size_t>(first) + 1)};
     }
 
 private:
-    static int32_t position(size_t byte, int32_t bit)
+    // What differs from Fill in the 8 bytes that begin with that of from; from itself on top.
+    template <uint8_t Fill> static uint64_t differing_from(const uint8_t *p, size_t from)
     {
-        return static_cast<int32_t>(byte) * 8 + bit;
+        const uint64_t word = word_ops::load(p + from / 8);
+        return in_bit_order(word_ops::differ(word, word_ops::spread(Fill))) << from % 8;
     }
 
-    static size_t zeros_above(uint64_t word)
+    template <uint8_t Fill> static int32_t find_in_byte(const uint8_t *p, size_t from)
     {
-        return word == 0 ? 64 : static_cast<size_t>(__builtin_clzll(word));
-    }
-
-    template <uint8_t Fill> static uint64_t differing(const uint8_t *p)
-    {
-        return in_bit_order(word_ops::differ(word_ops::load(p), word_ops::spread(Fill)));
-    }
-
-    // What find_next does where fewer than 8 bytes are left.
-    template <uint8_t Fill> static int32_t find_near_end(const uint8_t *p, size_t n, size_t from)
-    {
-        const size_t byte = from / 8;
-        if (byte >= n) {
-            return -1;
-        }
-        const uint64_t in_first = in_bit_order(byte_ops::differ(p[byte], Fill)) << from % 8;
-        if (in_first != 0) {
-            return static_cast<int32_t>(from) + __builtin_clzll(in_first);
-        }
-        const int32_t found = loops<byte_ops>::find_first<Fill>(p + byte + 1, n - byte - 1);
-        return found < 0 ? found : position(byte + 1, found);
+        const uint8_t byte = byte_ops::differ(p[from / 8], Fill);
+        const uint64_t found = in_bit_order(byte) << from % 8;
+        return found == 0 ? -1 : static_cast<int32_t>(from + zeros_above(found));
     }
 };
 
@@ -379,11 +360,11 @@ template <class Ops> constexpr kernels kernels_of(const char *name, bool (*runs_
         .name = name,
         .runs_here = runs_here,
         .count = loops<Ops>::count,
-        .find_set = loops<Ops>::template find_next<0x00>,
-        .find_clear = loops<Ops>::template find_next<0xff>,
+        .find_set = loops<Ops>::template find_bit<0x00>,
+        .find_clear = loops<Ops>::template find_bit<0xff>,
         .next_run = loops<Ops>::template next_run<0x00>,
         .next_clear_run = loops<Ops>::template next_run<0xff>,
-        .find_last_set = loops<Ops>::template find_last<0x00>,
+        .find_last_set = loops<Ops>::find_last_set,
         .unite = loops<Ops>::unite,
         .intersect = loops<Ops>::intersect,
         .subtract = loops<Ops>::subtract,
