@@ -53,6 +53,15 @@ struct avx2_ops {
         return 31 - static_cast<size_t>(__builtin_clz(found));
     }
 
+    static uint64_t words_with_edges(block v, block before)
+    {
+        // All bits of a word like the last one of the word before, which is the lowest of a byte.
+        const block like_last =
+            _mm256_cmpgt_epi64(_mm256_setzero_si256(), _mm256_slli_epi64(before, 7));
+        const __m256d same = _mm256_castsi256_pd(_mm256_cmpeq_epi64(v, like_last));
+        return static_cast<uint64_t>(_mm256_movemask_pd(same)) ^ 0xf;
+    }
+
     // Looks up the count of each nibble, then adds the bytes of each eighth.
     static counts add_counts(counts so_far, block v)
     {

@@ -60,6 +60,13 @@ struct avx512_ops {
         return 63 - static_cast<size_t>(__builtin_clzll(found));
     }
 
+    static uint64_t words_with_edges(block v, block before)
+    {
+        // All bits of a word like the last one of the word before, which is the lowest of a byte.
+        const block like_last = _mm512_srai_epi64(_mm512_slli_epi64(before, 7), 63);
+        return _mm512_cmpneq_epi64_mask(v, like_last);
+    }
+
     static counts add_counts(counts so_far, block v) { return add(so_far, _mm512_popcnt_epi64(v)); }
     static counts no_counts() { return _mm512_setzero_si512(); }
     static counts add(counts a, counts b) { return _mm512_add_epi64(a, b); }

@@ -9,9 +9,7 @@
 // is done by the same loop over blocks of the `narrower` width; a byte leaves nothing.
 #pragma once
 
-#include <bit>
-#include <cstring>
-
+#include "infra/utils/ktlibbmp_blocks.h"
 #include "infra/utils/ktlibbmp_kernels.h"
 
 namespace ktlibbmp
@@ -19,85 +17,6 @@ namespace ktlibbmp
 
 namespace
 {
-
-// A word whose most significant bits are the bytes of v as they lie in memory, the first on top.
-inline uint64_t in_bit_order(uint8_t v)
-{
-    return static_cast<uint64_t>(v) << 56;
-}
-
-inline uint64_t in_bit_order(uint64_t v)
-{
-    return std::endian::native == std::endian::little ? __builtin_bswap64(v) : v;
-}
-
-// All of them where there is no other bit.
-inline size_t zeros_above(uint64_t word)
-{
-    return word == 0 ? 64 : static_cast<size_t>(__builtin_clzll(word));
-}
-
-template <class Unsigned, class Narrower> struct integer_ops {
-    using block = Unsigned;
-    using narrower = Narrower;
-    using counts = uint64_t;
-
-    static block load(const uint8_t *p)
-    {
-        block v;
-        memcpy(&v, p, sizeof v);
-        return v;
-    }
-    static void store(uint8_t *p, block v) { memcpy(p, &v, sizeof v); }
-    static block spread(uint8_t byte)
-    {
-        return static_cast<block>(byte * uint64_t{0x0101010101010101});
-    }
-    static block both(block v, block w) { return static_cast<block>(v & w); }
-    static block either(block v, block w) { return static_cast<block>(v | w); }
-    static block differ(block v, block w) { return static_cast<block>(v ^ w); }
-    static block without(block v, block w) { return static_cast<block>(v & ~w); }
-    static bool is_zero(block v) { return v == 0; }
-
-    // Where two blocks differ, other than 0 where they do, and the first and the last byte of that.
-    static block differing(block v, block w) { return differ(v, w); }
-    static size_t first_byte(block found) { return zeros_above(in_bit_order(found)) / 8; }
-    static size_t last_byte(block found)
-    {
-        return 7 - static_cast<size_t>(__builtin_ctzll(in_bit_order(found))) / 8;
-    }
-
-    // Adds up each byte's bits, then the bytes.  Compilers know the pattern and use the
-    // processor's own count where the variant has one.
-    static counts add_counts(counts so_far, block v)
-    {
-        uint64_t bits = v;
-        bits = bits - ((bits >> 1) & 0x5555555555555555);
-        bits = (bits & 0x3333333333333333) + ((bits >> 2) & 0x3333333333333333);
-        bits = (bits + (bits >> 4)) & 0x0f0f0f0f0f0f0f0f;
-        return so_far + ((bits * 0x0101010101010101) >> 56);
-    }
-    static counts no_counts() { return 0; }
-    static counts add(counts a, counts b) { return a + b; }
-    static uint32_t total(counts sum) { return static_cast<uint32_t>(sum); }
-
-    static block reverse(block v)
-    {
-        v = exchange<1>(v, spread(0x55));
-        v = exchange<2>(v, spread(0x33));
-        return exchange<4>(v, spread(0x0f));
-    }
-
-private:
-    // Exchanges neighbouring groups of Width bits; lower is the mask of the lower groups.
-    template <int Width> static block exchange(block v, block lower)
-    {
-        return static_cast<block>(((v >> Width) & lower) | ((v & lower) << Width));
-    }
-};
-
-using byte_ops = integer_ops<uint8_t, void>;
-using word_ops = integer_ops<uint64_t, byte_ops>;
 
 // What the algebra and the comparisons do with one block.  It makes no difference if they do a byte
 // twice.
@@ -269,9 +188,15 @@ template <class Ops> struct loops {
     {
         each_block<copied>(n, p, q, mask);
     }
+    // The C library's own comparison is as good as any but the widest.
     static bool equal(const uint8_t *p, const uint8_t *q, size_t n)
     {
-        return each_block<equality>(n, p, q);
+        constexpr size_t k_widest = 64;
+        if constexpr (k_step < k_widest) {
+            return memcmp(p, q, n) == 0;
+        } else {
+            return each_block<equality>(n, p, q);
+        }
     }
     static bool mask_equal(const uint8_t *p, const uint8_t *q, const uint8_t *mask, size_t n)
     {
@@ -338,7 +263,63 @@ template <class Ops> struct loops {
         return {first, first < 0 ? -1 : find_bit<k_other>(p, n, static_cast<size_t>(first) + 1)};
     }
 
+    static size_t find_edges(const uint8_t *p, size_t words, uint32_t number, uint32_t *edges)
+    {
+        size_t count = 0;
+        uint64_t with_edges = words_with_edges(p, words);
+        for (; with_edges != 0; with_edges &= with_edges - 1) {
+            const auto i = static_cast<uint32_t>(__builtin_ctzll(with_edges));
+            const uint8_t *const at = p + i * sizeof(uint64_t);
+            // The first bit lowest, where the processor finds and removes bits at little cost.
+            const uint64_t word = first_byte_lowest(word_ops::reverse(word_ops::load(at)));
+            const uint64_t found = word ^ (word << 1 | (at[-1] & 1u));
+            count += list_bits(found, number + i * 64, edges + count);
+        }
+        return count;
+    }
+
 private:
+    static uint64_t words_with_edges(const uint8_t *p, size_t words)
+    {
+        constexpr size_t k_words = k_step / sizeof(uint64_t);
+        uint64_t found = 0;
+        size_t i = 0;
+        for (; i + k_words <= words; i += k_words) {
+            const uint8_t *const at = p + i * sizeof(uint64_t);
+            found |= Ops::words_with_edges(Ops::load(at), Ops::load(at - sizeof(uint64_t))) << i;
+        }
+        if constexpr (k_words > 1) {
+            for (; i < words; ++i) {
+                const uint8_t *const at = p + i * sizeof(uint64_t);
+                found |= word_ops::words_with_edges(word_ops::load(at),
+                                                    word_ops::load(at - sizeof(uint64_t)))
+                         << i;
+            }
+        }
+        return found;
+    }
+
+    // Lists the bits of a word, the first four without a branch on whether they are there: how many
+    // there are no processor foresees.
+    static size_t list_bits(uint64_t bits, uint32_t number, uint32_t *list)
+    {
+        const size_t count = word_ops::add_counts(0, bits);
+        const auto list_first = [&] {
+            // Any bit does for one that is not there.
+            const int bit = __builtin_ctzll(bits | uint64_t{1} << 63);
+            *list++ = number + static_cast<uint32_t>(bit);
+            bits &= bits - 1;
+        };
+        list_first();
+        list_first();
+        list_first();
+        list_first();
+        while (bits != 0) {
+            list_first();
+        }
+        return count;
+    }
+
     // What differs from Fill in the 8 bytes that begin with that of from; from itself on top.
     template <uint8_t Fill> static uint64_t differing_from(const uint8_t *p, size_t from)
     {
@@ -364,6 +345,7 @@ template <class Ops> constexpr kernels kernels_of(const char *name, bool (*runs_
         .find_clear = loops<Ops>::template find_bit<0xff>,
         .next_run = loops<Ops>::template next_run<0x00>,
         .next_clear_run = loops<Ops>::template next_run<0xff>,
+        .find_edges = loops<Ops>::find_edges,
         .find_last_set = loops<Ops>::find_last_set,
         .unite = loops<Ops>::unite,
         .intersect = loops<Ops>::intersect,
