@@ -1,0 +1,155 @@
+// Lists of large random sets against a model that goes bit by bit, whole and in pieces of random
+// size, with every variant of the loops.
+#include <random>
+#include <string>
+
+#include "tests/infra/bitset_support.h"
+
+using ruk_test::set_of;
+using ruk_test::with_each_variant;
+
+namespace
+{
+
+// Up to 104,000 bits: numbers of every length up to six digits, in stretches of every density.
+constexpr uint32_t k_size = 13000;
+
+class generator
+{
+public:
+    generator()
+    {
+        const char *const wanted = getenv("RUK_TEST_SEED");
+        const unsigned seed = wanted != nullptr ? static_cast<unsigned>(atoi(wanted)) : 20240607;
+        printf("RUK_TEST_SEED=%u\n", seed);
+        numbers_.seed(seed);
+    }
+    uint32_t below(uint32_t limit) { return static_cast<uint32_t>(numbers_() % limit); }
+
+private:
+    std::mt19937 numbers_;
+};
+
+// Stretches of bits, each with a mean length of run and of gap of its own.
+std::vector<uint8_t> random_bits(generator &random, uint32_t size)
+{
+    std::vector<uint8_t> bits(size * 8);
+    bool value = false;
+    for (size_t i = 0; i < bits.size();) {
+        const uint32_t run = 1u << random.below(11);
+        const uint32_t gap = 1u << random.below(14);
+        const size_t end = std::min(bits.size(), i + random.below(4000));
+        for (; i < end; ++i) {
+            bits[i] = value;
+            value = value != (random.below(value ? run : gap) == 0);
+        }
+    }
+    return bits;
+}
+
+struct item {
+    std::string text;
+    int32_t last;
+};
+
+std::vector<item> list_items(const std::vector<uint8_t> &bits)
+{
+    std::vector<item> items;
+    const size_t searched = bits.size() / 32 * 32;
+    for (size_t i = 0; i < searched; ++i) {
+        if (!bits[i]) {
+            continue;
+        }
+        size_t last = i;
+        while (last + 1 < searched && bits[last + 1]) {
+            ++last;
+        }
+        const std::string range = last > i ? "-" + std::to_string(last) : "";
+        items.push_back({std::to_string(i) + range, static_cast<int32_t>(last)});
+        i = last;
+    }
+    return items;
+}
+
+// What fits into a piece that begins with an item, and how many items that are.
+std::pair<std::string, size_t> piece_of(const std::vector<item> &items, size_t from,
+                                        size_t capacity)
+{
+    std::string text;
+    size_t i = from;
+    for (; i < items.size(); ++i) {
+        const std::string next = (text.empty() ? "" : ",") + items[i].text;
+        if (text.size() + next.size() >= capacity) {
+            break;
+        }
+        text += next;
+    }
+    return {text, i - from};
+}
+
+void expect_pieces(bitset *b, const std::vector<item> &items, generator &random)
+{
+    size_t from = 0;
+    for (int32_t done = 0; done == 0;) {
+        // An item of its own always fits.
+        const uint32_t capacity = 16 + random.below(1u << random.below(12));
+        std::vector<char> text(capacity, '#');
+        const auto [expected, taken] = piece_of(items, from, capacity);
+        const int32_t length = bitset_snprintf(text.data(), capacity, b, from == 0 ? 1 : 0, &done);
+        ASSERT_EQ(std::string(text.data()), expected);
+        ASSERT_EQ(length, static_cast<int32_t>(expected.size()));
+        ASSERT_EQ(std::count(text.begin() + length + 1, text.end(), '#'),
+                  text.end() - text.begin() - length - 1);
+        from += taken;
+        ASSERT_EQ(done, from == items.size() ? 1 : 0);
+        ASSERT_EQ(bitset_snprintf_cursor, done != 0 ? 0 : items[from - 1].last);
+    }
+}
+
+} // namespace
+
+TEST(bitset_random_list, lists_of_large_sets_agree_with_the_model)
+{
+    generator random;
+    with_each_variant([&] {
+        for (uint32_t i = 0; i < 12; ++i) {
+            const uint32_t size = k_size - random.below(i % 2 == 0 ? 12 : k_size);
+            SCOPED_TRACE(size);
+            const std::vector<uint8_t> bits = random_bits(random, size);
+            set_of b(size);
+            for (size_t bit = 0; bit < bits.size(); ++bit) {
+                b.data()[bit / 8] =
+                    static_cast<uint8_t>(b.data()[bit / 8] | (bits[bit] ? 0x80u >> bit % 8 : 0u));
+            }
+            const std::vector<item> items = list_items(bits);
+            std::string list;
+            for (const item &next : items) {
+                list += (list.empty() ? "" : ",") + next.text;
+            }
+            std::vector<char> text(list.size() + 1, '#');
+            EXPECT_EQ(bitset_sprintf(text.data(), b), static_cast<int32_t>(list.size()));
+            EXPECT_EQ(text.data(), list);
+            ASSERT_NO_FATAL_FAILURE(expect_pieces(b, items, random));
+        }
+    });
+}
+
+// Dense items on both sides of every change in the number of digits that a small set has.
+TEST(bitset_random_list, numbers_get_another_digit_within_dense_items)
+{
+    with_each_variant([] {
+        for (const int32_t power : {10, 100, 1000, 10000, 100000}) {
+            SCOPED_TRACE(power);
+            set_of b(13000);
+            std::string list;
+            for (int32_t bit = std::max(0, power - 250); bit < power + 250; bit += 5) {
+                bitset_set_range(b, bit, bit % 2 + 1);
+                list += (list.empty() ? "" : ",") + std::to_string(bit);
+                list += bit % 2 != 0 ? "-" + std::to_string(bit + 1) : "";
+            }
+            std::vector<char> text(list.size() + 1, '#');
+            EXPECT_EQ(bitset_sprintf(text.data(), b), static_cast<int32_t>(list.size()));
+            EXPECT_EQ(text.data(), list);
+        }
+    });
+}
