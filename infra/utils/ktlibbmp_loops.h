@@ -304,20 +304,22 @@ private:
     static size_t list_bits(uint64_t bits, uint32_t number, uint32_t *list)
     {
         const size_t count = word_ops::add_counts(0, bits);
-        const auto list_first = [&] {
-            // Any bit does for one that is not there.
-            const int bit = __builtin_ctzll(bits | uint64_t{1} << 63);
-            *list++ = number + static_cast<uint32_t>(bit);
-            bits &= bits - 1;
-        };
-        list_first();
-        list_first();
-        list_first();
-        list_first();
-        while (bits != 0) {
-            list_first();
+        list[0] = take_lowest(bits, number);
+        list[1] = take_lowest(bits, number);
+        list[2] = take_lowest(bits, number);
+        list[3] = take_lowest(bits, number);
+        for (size_t i = 4; i < count; ++i) {
+            list[i] = take_lowest(bits, number);
         }
         return count;
+    }
+
+    // Removes the lowest bit and returns what it stands for; any number does where there is none.
+    static uint32_t take_lowest(uint64_t &bits, uint32_t number)
+    {
+        const int bit = __builtin_ctzll(bits | uint64_t{1} << 63);
+        bits &= bits - 1;
+        return number + static_cast<uint32_t>(bit);
     }
 
     // What differs from Fill in the 8 bytes that begin with that of from; from itself on top.
