@@ -1,9 +1,9 @@
 // Lists of large random sets against a model that goes bit by bit, whole and in pieces of random
 // size, with every variant of the loops.
-#include <random>
 #include <string>
 
 #include "tests/infra/bitset_support.h"
+#include "tests/support/random.h"
 
 using ruk_test::set_of;
 using ruk_test::with_each_variant;
@@ -14,24 +14,8 @@ namespace
 // Up to 104,000 bits: numbers of every length up to six digits, in stretches of every density.
 constexpr uint32_t k_size = 13000;
 
-class generator
-{
-public:
-    generator()
-    {
-        const char *const wanted = getenv("RUK_TEST_SEED");
-        const unsigned seed = wanted != nullptr ? static_cast<unsigned>(atoi(wanted)) : 20240607;
-        printf("RUK_TEST_SEED=%u\n", seed);
-        numbers_.seed(seed);
-    }
-    uint32_t below(uint32_t limit) { return static_cast<uint32_t>(numbers_() % limit); }
-
-private:
-    std::mt19937 numbers_;
-};
-
 // Stretches of bits, each with a mean length of run and of gap of its own.
-std::vector<uint8_t> random_bits(generator &random, uint32_t size)
+std::vector<uint8_t> random_bits(ruk_test::Random &random, uint32_t size)
 {
     std::vector<uint8_t> bits(size * 8);
     bool value = false;
@@ -87,7 +71,7 @@ std::pair<std::string, size_t> piece_of(const std::vector<item> &items, size_t f
     return {text, i - from};
 }
 
-void expect_pieces(bitset *b, const std::vector<item> &items, generator &random)
+void expect_pieces(bitset *b, const std::vector<item> &items, ruk_test::Random &random)
 {
     size_t from = 0;
     for (int32_t done = 0; done == 0;) {
@@ -110,7 +94,7 @@ void expect_pieces(bitset *b, const std::vector<item> &items, generator &random)
 
 TEST(bitset_random_list, lists_of_large_sets_agree_with_the_model)
 {
-    generator random;
+    ruk_test::Random random;
     with_each_variant([&] {
         for (uint32_t i = 0; i < 12; ++i) {
             const uint32_t size = k_size - random.below(i % 2 == 0 ? 12 : k_size);
