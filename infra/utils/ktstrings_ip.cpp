@@ -1,7 +1,7 @@
 // IPv4 and IPv6 addresses: text to bytes and back.
 #include "ruk/address.h"
 
-#include <charconv>
+#include <array>
 
 #include "infra/utils/kttext.h"
 
@@ -140,6 +140,103 @@ bool read_groups(const char *p, Ipv6Bytes &out)
     return p == token || out.add_group(value);
 }
 
+// What every octet looks like in a text.
+struct OctetText {
+    uint32_t chars; // with a "." behind the digits
+    uint32_t bits;  // that chars has, eight for each character
+};
+
+constexpr std::array<OctetText, 256> k_octet_texts = [] {
+    std::array<OctetText, 256> texts{};
+    for (uint32_t octet = 0; octet < texts.size(); ++octet) {
+        OctetText &text = texts[octet];
+        for (uint32_t unit = octet > 99 ? 100 : octet > 9 ? 10 : 1; unit > 0; unit /= 10) {
+            text.chars |= ('0' + octet / unit % 10) << text.bits;
+            text.bits += 8;
+        }
+        text.chars |= uint32_t{'.'} << text.bits;
+        text.bits += 8;
+    }
+    return texts;
+}();
+
+constexpr size_t k_longest_ipv4 = sizeof "255.255.255.255" - 1;
+
+// Two octets and the "." behind each: four to eight characters.
+struct QuadHalf {
+    uint64_t chars;
+    uint32_t bits;
+
+    QuadHalf(uint32_t first, uint32_t second)
+    {
+        const OctetText &left = k_octet_texts[first & 0xff];
+        const OctetText &right = k_octet_texts[second & 0xff];
+        chars = left.chars | uint64_t{right.chars} << left.bits;
+        bits = left.bits + right.bits;
+    }
+};
+
+// Writes "a.b.c.d" from the bytes of value in memory order and returns its length.  No branch
+// depends on the value, and nothing behind the terminator is written: the first half's eight bytes
+// are no more than the shortest text has, and the second half ends with the text.
+int32_t write_quad(char *at, uint32_t value)
+{
+    const QuadHalf left(value, value >> 8);
+    const QuadHalf right(value >> 16, value >> 24);
+    char *const middle = at + left.bits / 8;
+    char *const end = middle + right.bits / 8;
+    kttext::store_chars<uint64_t>(at, left.chars);
+    kttext::store_chars<uint32_t>(middle, right.chars);
+    kttext::store_chars<uint32_t>(end - 4, right.chars >> (right.bits - 32));
+    // In place of the "." behind the last octet.
+    end[-1] = '\0';
+    return static_cast<int32_t>(end - at) - 1;
+}
+
+constexpr size_t k_longest_ipv6 = sizeof "ffff:ffff:ffff:ffff:ffff:ffff:ffff:ffff" - 1;
+
+// The digits of sixteen half bytes at once, in the compiler's vectors.
+using Chars [[gnu::vector_size(16)]] = uint8_t;
+
+Chars hex_digits(Chars halves)
+{
+    constexpr uint8_t k_to_letters = 'a' - '9' - 1;
+    return halves + '0' + (static_cast<Chars>(halves > 9) & k_to_letters);
+}
+
+// Writes four groups of the 16 digits and what ends them.  The stores of the first three have three
+// bytes more than the group and its ":", which the next one overwrites.
+[[gnu::always_inline]] inline void write_half(char *at, Chars digits, char end)
+{
+    uint64_t pairs[2];
+    memcpy(pairs, &digits, sizeof pairs);
+    constexpr uint64_t k_colon = uint64_t{':'} << 32;
+    constexpr uint64_t k_group = UINT32_MAX;
+    kttext::store_chars<uint64_t>(at, (pairs[0] & k_group) | k_colon);
+    kttext::store_chars<uint64_t>(at + 5, pairs[0] >> 32 | k_colon);
+    kttext::store_chars<uint64_t>(at + 10, (pairs[1] & k_group) | k_colon);
+    kttext::store_chars<uint32_t>(at + 15, pairs[1] >> 32);
+    at[19] = end;
+}
+
+// Writes all digits of all groups and returns the length, which is always the same.
+int32_t write_groups(char *at, const uint8_t *address)
+{
+    // Read before anything is written, for callers whose buffer holds the address.
+    const auto bytes = kttext::load_word<Chars>(address);
+    const Chars high = hex_digits(bytes >> 4);
+    const Chars low = hex_digits(bytes & 0xf);
+    write_half(
+        at,
+        __builtin_shufflevector(high, low, 0, 16, 1, 17, 2, 18, 3, 19, 4, 20, 5, 21, 6, 22, 7, 23),
+        ':');
+    write_half(at + 20,
+               __builtin_shufflevector(high, low, 8, 24, 9, 25, 10, 26, 11, 27, 12, 28, 13, 29, 14,
+                                       30, 15, 31),
+               '\0');
+    return int32_t{k_longest_ipv6};
+}
+
 } // namespace
 
 int32_t kt_parse_ip_address(uint32_t *value, const char *text)
@@ -165,15 +262,9 @@ int32_t kt_parse_ipv6_address(uint8_t *address, const char *text)
 
 int32_t snprintf_ip_address(char *buffer, uint32_t size, uint32_t value)
 {
-    uint8_t octets[k_octets];
-    memcpy(octets, &value, sizeof octets);
-    char text[k_octets * sizeof "255"];
-    char *at = text;
-    for (const uint8_t octet : octets) {
-        at = std::to_chars(at, text + sizeof text, octet).ptr;
-        *at++ = '.';
-    }
-    return kttext::put_text(buffer, size, {text, static_cast<size_t>(at - text) - 1});
+    return size > k_longest_ipv4
+               ? write_quad(buffer, value)
+               : kttext::put_cut<k_longest_ipv4>(buffer, size, value, snprintf_ip_address);
 }
 
 int32_t snprintf_ipv6_address(char *buffer, uint32_t size, const uint8_t *address)
@@ -181,12 +272,7 @@ int32_t snprintf_ipv6_address(char *buffer, uint32_t size, const uint8_t *addres
     if (address == nullptr) {
         return -1;
     }
-    char text[KT_IPV6_ADDRESS_SIZE / 2 * sizeof "ffff"];
-    char *at = text;
-    for (size_t i = 0; i < KT_IPV6_ADDRESS_SIZE; i += 2) {
-        at = kttext::put_hex(at, address[i]);
-        at = kttext::put_hex(at, address[i + 1]);
-        *at++ = ':';
-    }
-    return kttext::put_text(buffer, size, {text, sizeof text - 1});
+    return size > k_longest_ipv6
+               ? write_groups(buffer, address)
+               : kttext::put_cut<k_longest_ipv6>(buffer, size, address, snprintf_ipv6_address);
 }

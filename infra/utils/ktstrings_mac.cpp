@@ -101,6 +101,28 @@ bool parse_groups(const char *copy, const MacForm &form, uint8_t *mac)
     return true;
 }
 
+// Two bytes with a ":" behind each.
+uint64_t two_pairs(uint32_t bytes)
+{
+    return kttext::k_hex_pairs[bytes & 0xff] | uint64_t{':'} << 16 |
+           uint64_t{kttext::k_hex_pairs[bytes >> 8 & 0xff]} << 24 | uint64_t{':'} << 40;
+}
+
+// Writes the six pairs and returns the length.  The first two stores have two bytes more than
+// their pairs, which the next one overwrites.
+int32_t write_pairs(char *at, const uint8_t *mac)
+{
+    // Read before anything is written, for callers whose buffer holds the address.
+    const auto first = kttext::load_word<uint32_t>(mac);
+    const uint64_t last = two_pairs(kttext::load_word<uint16_t>(mac + 4));
+    kttext::store_chars<uint64_t>(at, two_pairs(first));
+    kttext::store_chars<uint64_t>(at + 6, two_pairs(first >> 16));
+    kttext::store_chars<uint32_t>(at + 12, last);
+    // The last ":" gives way to the terminator.
+    kttext::store_chars<uint16_t>(at + 16, last >> 32 & 0xff);
+    return int32_t{k_longest};
+}
+
 } // namespace
 
 int32_t kt_parse_mac_address(uint8_t *mac, const char *text)
@@ -119,13 +141,8 @@ int32_t kt_parse_mac_address(uint8_t *mac, const char *text)
 
 int32_t snprintf_mac_address(char *buffer, uint32_t size, const uint8_t *mac)
 {
-    char text[3 * KT_MAC_ADDRESS_SIZE];
-    char *at = text;
-    for (size_t i = 0; i < KT_MAC_ADDRESS_SIZE; ++i) {
-        at = kttext::put_hex(at, mac[i]);
-        *at++ = ':';
-    }
-    return kttext::put_text(buffer, size, {text, sizeof text - 1});
+    return size > k_longest ? write_pairs(buffer, mac)
+                            : kttext::put_cut<k_longest>(buffer, size, mac, snprintf_mac_address);
 }
 
 void kt_format_mac_address(void) {}

@@ -2,6 +2,8 @@
 #pragma once
 
 #include <algorithm>
+#include <array>
+#include <bit>
 #include <cctype>
 #include <cstdint>
 #include <cstring>
@@ -49,14 +51,31 @@ constexpr int32_t hex_value(char c)
     return -1;
 }
 
-// Writes the two lower-case hexadecimal digits of byte and returns where they end.
-constexpr char *put_hex(char *at, uint8_t byte)
+// Characters held in a word: the first in the lowest byte, as they lie in memory.
+static_assert(std::endian::native == std::endian::little);
+
+template <typename word_type> inline void store_chars(char *at, uint64_t chars)
 {
-    constexpr char k_digits[] = "0123456789abcdef";
-    *at++ = k_digits[byte >> 4];
-    *at++ = k_digits[byte & 0xf];
-    return at;
+    const auto word = static_cast<word_type>(chars);
+    memcpy(at, &word, sizeof word);
 }
+
+template <typename word_type> inline word_type load_word(const void *from)
+{
+    word_type word;
+    memcpy(&word, from, sizeof word);
+    return word;
+}
+
+// The two lower-case hexadecimal digits of every byte, as characters of a word.
+inline constexpr auto k_hex_pairs = [] {
+    std::array<uint16_t, 256> pairs{};
+    constexpr char digits[] = "0123456789abcdef";
+    for (size_t byte = 0; byte < pairs.size(); ++byte) {
+        pairs[byte] = static_cast<uint16_t>(digits[byte & 0xf] << 8 | digits[byte >> 4]);
+    }
+    return pairs;
+}();
 
 // The end of every bounded formatter: what fits of text, terminated, and the whole text's length.
 inline int32_t put_text(char *buffer, uint32_t size, std::string_view text)
@@ -67,6 +86,17 @@ inline int32_t put_text(char *buffer, uint32_t size, std::string_view text)
         buffer[kept] = '\0';
     }
     return static_cast<int32_t>(text.size());
+}
+
+// What a formatter does when its buffer doesn't hold the longest text: it formats again, into one
+// that does, and hands out what fits.  Out of line, so that the usual way needs no stack.
+template <size_t longest, typename value_type>
+[[gnu::noinline, gnu::cold]] int32_t put_cut(char *buffer, uint32_t size, value_type value,
+                                             int32_t (*format)(char *, uint32_t, value_type))
+{
+    char text[longest + 1];
+    const int32_t length = format(text, sizeof text, value);
+    return put_text(buffer, size, {text, static_cast<size_t>(length)});
 }
 
 } // namespace kttext
