@@ -17,17 +17,18 @@ inline bool is_space(char c)
     return isspace(static_cast<unsigned char>(c)) != 0;
 }
 
-inline const char *skip_space(const char *text)
-{
-    while (is_space(*text)) {
-        ++text;
-    }
-    return text;
-}
-
 constexpr bool is_digit(char c)
 {
     return c >= '0' && c <= '9';
+}
+
+inline const char *skip_space(const char *text)
+{
+    // No digit is white space in any locale, and most texts begin with one.
+    while (!is_digit(*text) && is_space(*text)) {
+        ++text;
+    }
+    return text;
 }
 
 // The value of a decimal digit.
@@ -37,18 +38,19 @@ constexpr uint32_t digit_value(char c)
 }
 
 // The value of a hexadecimal digit of either case, or -1 for any other character.
+inline constexpr auto k_hex_values = [] {
+    std::array<int8_t, 256> values{};
+    values.fill(-1);
+    for (int8_t digit = 0; digit < 16; ++digit) {
+        values[static_cast<unsigned char>("0123456789abcdef"[digit])] = digit;
+        values[static_cast<unsigned char>("0123456789ABCDEF"[digit])] = digit;
+    }
+    return values;
+}();
+
 constexpr int32_t hex_value(char c)
 {
-    if (is_digit(c)) {
-        return c - '0';
-    }
-    if (c >= 'a' && c <= 'f') {
-        return c - 'a' + 10;
-    }
-    if (c >= 'A' && c <= 'F') {
-        return c - 'A' + 10;
-    }
-    return -1;
+    return k_hex_values[static_cast<unsigned char>(c)];
 }
 
 // Characters held in a word: the first in the lowest byte, as they lie in memory.
