@@ -11,25 +11,24 @@ namespace
 
 using namespace ifindex;
 
-void write_three(name_writer &out, const char *word, int32_t a, int32_t b, int32_t c)
+char *write_three(char *at, const char *word, uint32_t a, uint32_t b, uint32_t c)
 {
-    out.text(word).decimal(a).put('/').decimal(b).put('/').decimal(c);
+    at = put_decimal(put_text(at, word), a);
+    return put_next_decimal(put_next_decimal(at, '/', b), '/', c);
 }
 
-void write_port_channel(name_writer &out, IfIndex value)
+char *write_port_channel(char *at, IfIndex value)
 {
-    const int32_t channel = name_number{k_pc_channel, 1}.shown(value);
+    const uint32_t channel = name_number{k_pc_channel, 1}.shown(value);
     const uint32_t subtype = k_pc_subtype.get(value);
-    if (subtype == k_pc_member) {
-        uint16_t slot = 0;
-        uint8_t port = 0;
-        if_index_get_slot(value, &slot);
-        if_index_get_port(value, &port);
-        write_three(out, "xgfc ", channel, slot + 1, port + 1);
-    } else {
-        write_three(out, "ipc ", channel, static_cast<int32_t>(subtype),
-                    static_cast<int32_t>(k_pc_arg.get(value)));
+    if (subtype != k_pc_member) {
+        return write_three(at, "ipc ", channel, subtype, k_pc_arg.get(value));
     }
+    uint16_t slot = 0;
+    uint8_t port = 0;
+    if_index_get_slot(value, &slot);
+    if_index_get_port(value, &port);
+    return write_three(at, "xgfc ", channel, slot + 1u, port + 1u);
 }
 
 // The left and the right supervisor; no other number has a side.
@@ -60,15 +59,16 @@ const char *priority_label(uint32_t queue)
 }
 
 // The blank stays when there is no priority behind it: callers rely on the text as it is.
-void write_inband(name_writer &out, IfIndex value)
+char *write_inband(char *at, IfIndex value)
 {
     const uint32_t sup = k_inband_sup.get(value);
     if (sup == k_inband_linecard) {
-        out.text("lc-eth(").decimal(name_number{k_inband_linecard_slot, 1}.shown(value)).put(')');
+        const uint32_t slot = name_number{k_inband_linecard_slot, 1}.shown(value);
+        at = put_text(put_decimal(put_text(at, "lc-eth("), slot), ")");
     } else {
-        out.text("sup-fc").text(side_label(sup));
+        at = put_text(put_text(at, "sup-fc"), side_label(sup));
     }
-    out.put(' ').text(priority_label(k_inband_queue.get(value)));
+    return put_text(put_text(at, " "), priority_label(k_inband_queue.get(value)));
 }
 
 } // namespace
@@ -81,13 +81,9 @@ int32_t snprintf_if_index_internal(char *buffer, int32_t size, IfIndex value)
     if (!inner_port_channel && type != IF_INDEX_TYPE_INBAND) {
         return snprintf_if_index(buffer, size, value);
     }
-    name_writer out(buffer, size);
-    if (inner_port_channel) {
-        write_port_channel(out, value);
-    } else {
-        write_inband(out, value);
-    }
-    return out.finish();
+    return put_name(buffer, size, [=](char *at) {
+        return inner_port_channel ? write_port_channel(at, value) : write_inband(at, value);
+    });
 }
 
 int32_t sprintf_if_index_internal(char *buffer, IfIndex value)

@@ -16,10 +16,7 @@ struct name_number {
     bit_field field;
     uint8_t bias; // 1 for what an operator counts from one
 
-    constexpr int32_t shown(IfIndex value) const
-    {
-        return static_cast<int32_t>(field.get(value) + bias);
-    }
+    constexpr uint32_t shown(IfIndex value) const { return field.get(value) + bias; }
 };
 
 } // namespace ifindex

@@ -94,8 +94,8 @@ uint32_t build_vfc(IfIndex *out, const coordinates &from)
 // Ports that only the interface database knows.
 uint32_t look_up(const char *word, int32_t number, IfIndex *out)
 {
-    char name[32];
-    name_writer(name, sizeof name).text(word).decimal(number).finish();
+    char name[k_name_room];
+    finish_name(name, put_signed_decimal(put_text(name, word), number));
     return static_cast<uint32_t>(if_db_str2ifindex_wrapper(name, out));
 }
 

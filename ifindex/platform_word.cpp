@@ -17,9 +17,17 @@ enum platform_kind : uint32_t {
 // Atomic because constructors ask for it, and those may run in any thread.
 constinit std::atomic<platform_kind> platform{PLATFORM_UNSET};
 
+// This build is for cedar alone: asking pins the word, whatever was set before, so everything that
+// depends on the platform answers for cedar.
+bool is_alder()
+{
+    platform.store(PLATFORM_CEDAR, std::memory_order_relaxed);
+    return false;
+}
+
 bool is_platform(platform_kind kind)
 {
-    return cli_is_platform_alder() == 0 && platform.load(std::memory_order_relaxed) == kind;
+    return !is_alder() && platform.load(std::memory_order_relaxed) == kind;
 }
 
 } // namespace
@@ -32,10 +40,7 @@ void cli_set_platform_alder(int32_t is_alder, int32_t is_birch)
 
 int32_t cli_is_platform_alder(void)
 {
-    // This build is for cedar alone: asking pins the word, whatever was set before, so everything
-    // that depends on the platform answers for cedar.
-    platform.store(PLATFORM_CEDAR, std::memory_order_relaxed);
-    return 0;
+    return is_alder();
 }
 
 int32_t cli_is_platform_birch(void)
@@ -50,8 +55,7 @@ int32_t cli_is_platform_cedar(void)
 
 int32_t cli_platform_uses_san_pc(void)
 {
-    return cli_is_platform_alder() != 0 || is_platform(PLATFORM_BIRCH) ||
-           is_platform(PLATFORM_CEDAR);
+    return is_alder() || is_platform(PLATFORM_BIRCH) || is_platform(PLATFORM_CEDAR);
 }
 
 int32_t cli_is_platform_larch(void)

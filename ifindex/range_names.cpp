@@ -48,12 +48,12 @@ constexpr suffix_row k_rows[] = {
     {IF_INDEX_TYPE_RUK_ETH, k_ruk_eth_sub, {k_ruk_eth_port, 1}, true},
 };
 
-using suffix = std::optional<int32_t>;
+using suffix = std::optional<uint32_t>;
 
 // The sub-interface when there is one, else the number.
-int32_t sub_or(uint32_t sub, name_number number, IfIndex value)
+uint32_t sub_or(uint32_t sub, name_number number, IfIndex value)
 {
-    return sub != 0 ? static_cast<int32_t>(sub) : number.shown(value);
+    return sub != 0 ? sub : number.shown(value);
 }
 
 suffix table_suffix(uint32_t type, IfIndex value, name_form form)
@@ -68,7 +68,7 @@ suffix table_suffix(uint32_t type, IfIndex value, name_form form)
     return std::nullopt;
 }
 
-int32_t port_channel_suffix(IfIndex value)
+uint32_t port_channel_suffix(IfIndex value)
 {
     switch (k_pc_subtype.get(value)) {
     case k_pc_plain:
@@ -99,7 +99,7 @@ suffix lveth_suffix(IfIndex value, name_form form)
 }
 
 // The short form takes every vfc for a plain one; the long one has a 0 where it knows no better.
-int32_t vfc_suffix(IfIndex value, name_form form)
+uint32_t vfc_suffix(IfIndex value, name_form form)
 {
     const uint32_t subtype = form == name_form::brief ? k_vfc_plain : k_vfc_subtype.get(value);
     switch (subtype) {
@@ -142,12 +142,13 @@ suffix suffix_of(uint32_t type, IfIndex last, name_form form)
 }
 
 // Appends the suffix to the name of length characters and returns the result for the whole text.
-int32_t append_suffix(char *buffer, int32_t size, int32_t length, int32_t number)
+int32_t append_suffix(char *buffer, int32_t size, int32_t length, uint32_t number)
 {
     // Only the room behind the name is written, yet the suffix is held against the whole size: one
     // that is cut still counts in full.  Callers rely on these results.
-    name_writer out(buffer + length, size - length);
-    const int32_t suffix_length = out.put('-').decimal(number).finish();
+    const int32_t suffix_length = put_name(buffer + length, size - length, [number](char *at) {
+        return put_next_decimal(at, '-', number);
+    });
     if (suffix_length >= size) {
         buffer[length] = '\0';
         return 0;

@@ -404,7 +404,7 @@ TEST(if_index_is_physical_interface, holds_for_physical_ports_that_are_no_sub_in
     }
 }
 
-TEST(name_writer, writes_decimals_as_printf_does)
+TEST(put_signed_decimal, writes_as_printf_does)
 {
     const std::pair<int32_t, const char *> rows[] = {
         {0, "0"},
@@ -417,7 +417,8 @@ TEST(name_writer, writes_decimals_as_printf_does)
     };
     for (const auto &[value, text] : rows) {
         expect_text_at_every_size(text, [value = value](char *buffer, int32_t size) {
-            return ifindex::name_writer(buffer, size).decimal(value).finish();
+            return ifindex::put_name(
+                buffer, size, [value](char *at) { return ifindex::put_signed_decimal(at, value); });
         });
     }
 }
