@@ -1,8 +1,9 @@
-// Finding the keyword that a name begins with.  Only keywords with the name's first letter are
-// compared; they are chained in list order, which decides between them.
+// Finding the keyword that a name begins with.  The first two characters choose the keywords that
+// are compared at all, one mostly, and every comparison is compiled for its keyword.
 #include "ifindex/keywords.h"
 
 #include <array>
+#include <utility>
 
 namespace ifindex
 {
@@ -10,46 +11,137 @@ namespace ifindex
 namespace
 {
 
-// In a chain: no further keyword.
-constexpr uint8_t k_none = k_keyword_count;
+constexpr size_t k_none = k_keyword_count;
 
-struct keyword_chains {
-    std::array<uint8_t, 128> first;            // by the lower-case first character
-    std::array<uint8_t, k_keyword_count> next; // with the same first character, or k_none
-};
-
-consteval keyword_chains make_chains()
+constexpr bool begins_with(size_t kind, size_t shorter)
 {
-    keyword_chains chains{};
-    chains.first.fill(k_none);
-    for (size_t kind = k_keyword_count; kind-- > 0;) {
-        // "vethernet" is never matched: such names are taken by "veth".  Callers rely on it.
-        if (k_keywords[kind] == "vethernet") {
-            continue;
-        }
-        const auto letter = static_cast<unsigned char>(lower_ascii(k_keywords[kind][0]));
-        uint8_t &first = chains.first[letter];
-        chains.next[kind] = first;
-        first = static_cast<uint8_t>(kind);
-    }
-    return chains;
+    return kind != shorter && skip_prefix(k_keywords[kind].data(), k_keywords[shorter]) != nullptr;
 }
 
-constexpr keyword_chains k_chains = make_chains();
+// "vethernet" is never matched: such names are taken by "veth".  Callers rely on it.
+constexpr bool is_passed_over(size_t kind)
+{
+    return k_keywords[kind] == "vethernet";
+}
+
+// What the order of the list comes to.  It decides only between a keyword and a longer one that
+// begins with it: the shorter one hides the longer one unless that stands earlier; then it is asked
+// about once the shorter one has been found.  This is the one to ask about, or none.
+constexpr size_t preferred_to(size_t shorter)
+{
+    for (size_t kind = 0; kind < shorter; ++kind) {
+        if (begins_with(kind, shorter) && !is_passed_over(kind)) {
+            return kind;
+        }
+    }
+    return k_none;
+}
+
+// Whether a keyword is to be found only behind a shorter one, or not at all.
+constexpr bool is_behind_another(size_t kind)
+{
+    for (size_t shorter = 0; shorter < k_keyword_count; ++shorter) {
+        if (begins_with(kind, shorter)) {
+            return true;
+        }
+    }
+    return is_passed_over(kind);
+}
+
+// Characters of either case share a slot, and some that are no letters do, which is no harm.
+constexpr size_t slot_of(char first, char second)
+{
+    return (static_cast<size_t>(first) & 31) << 5 | (static_cast<size_t>(second) & 31);
+}
+
+constexpr size_t slot_of(size_t kind)
+{
+    return slot_of(k_keywords[kind][0], k_keywords[kind][1]);
+}
+
+// The first keyword from a kind on that is to be compared with the names of a slot, or none.
+constexpr size_t next_in_slot(size_t slot, size_t kind)
+{
+    while (kind < k_keyword_count && (slot_of(kind) != slot || is_behind_another(kind))) {
+        ++kind;
+    }
+    return kind;
+}
+
+// Whether c is a character of a keyword, in either case.
+template <char expected> bool matches(char c)
+{
+    constexpr char lower = lower_ascii(expected);
+    if constexpr (lower >= 'a' && lower <= 'z') {
+        return (c | 0x20) == lower;
+    } else {
+        return c == expected;
+    }
+}
+
+// Whether name has the characters of a keyword from a place on.  The terminator of a shorter name
+// differs from every character of a keyword, so nothing behind it is read.
+template <size_t kind, size_t from, size_t... each>
+bool goes_on(const char *name, std::index_sequence<each...>)
+{
+    return (... && matches<k_keywords[kind][from + each]>(name[from + each]));
+}
+
+template <size_t kind, size_t from = 0> bool goes_on(const char *name)
+{
+    return goes_on<kind, from>(name, std::make_index_sequence<k_keywords[kind].size() - from>());
+}
+
+template <size_t kind> keyword_match found(const char *name)
+{
+    return {static_cast<int32_t>(kind), name + k_keywords[kind].size()};
+}
+
+// Compares the keywords of one slot, from a kind on.
+template <size_t kind> keyword_match find_from(const char *name)
+{
+    if constexpr (kind == k_none) {
+        return {-1, name};
+    } else {
+        if (goes_on<kind>(name)) {
+            if constexpr (constexpr size_t longer = preferred_to(kind); longer != k_none) {
+                if (goes_on<longer, k_keywords[kind].size()>(name)) {
+                    return found<longer>(name);
+                }
+            }
+            return found<kind>(name);
+        }
+        return find_from<next_in_slot(slot_of(kind), kind + 1)>(name);
+    }
+}
+
+using finder = keyword_match (*)(const char *name);
+
+// The comparison that begins with each kind; the one behind the last finds nothing.
+constexpr auto k_finders = []<size_t... kinds>(std::index_sequence<kinds...>)
+{
+    return std::array<finder, k_keyword_count + 1>{find_from<kinds>...};
+}
+(std::make_index_sequence<k_keyword_count + 1>());
+
+// Where the comparison of a slot's names begins.
+constexpr auto k_first_in_slot = [] {
+    std::array<uint8_t, 32 * 32> first{};
+    first.fill(k_none);
+    for (size_t kind = k_keyword_count; kind-- > 0;) {
+        if (!is_behind_another(kind)) {
+            first[slot_of(kind)] = static_cast<uint8_t>(kind);
+        }
+    }
+    return first;
+}();
 
 } // namespace
 
 keyword_match find_keyword(const char *name)
 {
-    const auto letter = static_cast<unsigned char>(lower_ascii(*name));
-    uint8_t kind = letter < k_chains.first.size() ? k_chains.first[letter] : k_none;
-    while (kind != k_none) {
-        if (const char *rest = skip_prefix(name, k_keywords[kind])) {
-            return {kind, rest};
-        }
-        kind = k_chains.next[kind];
-    }
-    return {-1, name};
+    const size_t slot = *name == '\0' ? 0 : slot_of(name[0], name[1]);
+    return k_finders[k_first_in_slot[slot]](name);
 }
 
 } // namespace ifindex

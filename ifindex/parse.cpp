@@ -2,6 +2,7 @@
 #include "ruk/if_index_name.h"
 
 #include "ifindex/keywords.h"
+#include "ifindex/kinds.h"
 #include "ifindex/layout.h"
 #include "ifindex/numbers.h"
 
@@ -9,13 +10,6 @@ namespace
 {
 
 using namespace ifindex;
-
-constexpr int32_t k_too_many = -1;
-
-bool is_digit(char c)
-{
-    return c >= '0' && c <= '9';
-}
 
 const char *skip_to_digit(const char *text)
 {
@@ -25,23 +19,17 @@ const char *skip_to_digit(const char *text)
     return text;
 }
 
-bool is_null_interface(const char *name)
+// Reads the numbers of the first interface in text.  False when there are too many.
+bool read_numbers(const char *text, coordinates &out)
 {
-    const char *rest = skip_prefix(name, "null0");
-    return rest != nullptr && *rest == '\0';
-}
-
-// Reads the numbers of the first interface in text and returns how many there are.
-int32_t read_numbers(const char *text, int32_t (&numbers)[IF_INDEX_NAME_COORDINATES])
-{
-    int32_t count = 0;
     const char *at = skip_to_digit(text);
+    size_t count = 0;
     while (*at != '\0') {
-        if (count == IF_INDEX_NAME_COORDINATES) {
-            return k_too_many;
+        if (count == out.c.size()) {
+            return false;
         }
-        const number_read number = read_number(at);
-        numbers[count++] = number.value;
+        const number_read number = read_digits(at);
+        out.c[count++] = number.value;
         at = skip_to_digit(number.rest);
         // The next number is that of another interface of a list, or the end of a range.  Only the
         // character right before it tells: in "1/5, 1/7" the blank does, and four numbers are read.
@@ -49,7 +37,8 @@ int32_t read_numbers(const char *text, int32_t (&numbers)[IF_INDEX_NAME_COORDINA
             break;
         }
     }
-    return count;
+    out.count = static_cast<int32_t>(count);
+    return true;
 }
 
 } // namespace
@@ -62,18 +51,15 @@ int32_t ulx_interface_name_to_ifindex(const char *name, IfIndex *out)
     while (*name == ' ') {
         ++name;
     }
-    if (is_null_interface(name)) {
+    const keyword_match match = find_keyword(name);
+    // No keyword in front of "null" hides it.
+    if (match.kind == kind_of("null") && match.rest[0] == '0' && match.rest[1] == '\0') {
         *out = k_null_interface;
         return 1;
     }
-    const keyword_match match = find_keyword(name);
-    if (match.kind < 0) {
+    coordinates numbers{};
+    if (match.kind < 0 || !read_numbers(match.rest, numbers)) {
         return 0;
     }
-    int32_t numbers[IF_INDEX_NAME_COORDINATES];
-    const int32_t count = read_numbers(match.rest, numbers);
-    if (count == k_too_many) {
-        return 0;
-    }
-    return ulx_interface_coordinates_to_ifindex(match.kind, numbers, count, out);
+    return build_interface(match.kind, numbers, out);
 }

@@ -8,6 +8,7 @@
 #include <iterator>
 
 #include "ifindex/keywords.h"
+#include "ifindex/kinds.h"
 #include "ifindex/name_writer.h"
 #include "ifindex/numbers.h"
 #include "ruk/if_index_build.h"
@@ -18,18 +19,6 @@ namespace
 {
 
 using namespace ifindex;
-
-// The numbers of a name.  Those beyond the count are 0.
-struct coordinates {
-    int32_t count;
-    std::array<int32_t, 4> c; // no kind looks at more
-
-    // The number at an index where a kind takes it only as the last of exactly so many.
-    int32_t only_as_last(size_t index) const
-    {
-        return count == static_cast<int32_t>(index) + 1 ? c[index] : 0;
-    }
-};
 
 using builder = uint32_t (*)(IfIndex *out, const coordinates &from);
 
@@ -219,14 +208,26 @@ const kind_row *find_row(int32_t kind)
 
 coordinates take(const int32_t *numbers, int32_t count)
 {
+    constexpr int32_t k_looked_at = 4;
     coordinates taken{count, {}};
-    for (size_t i = 0; i < taken.c.size() && static_cast<int32_t>(i) < count; ++i) {
-        taken.c[i] = numbers[i];
-    }
+    std::copy_n(numbers, std::clamp(count, 0, k_looked_at), taken.c.begin());
     return taken;
 }
 
 } // namespace
+
+int32_t ifindex::build_interface(int32_t kind, const coordinates &from, IfIndex *out)
+{
+    const kind_row *row = find_row(kind);
+    if (row == nullptr) {
+        return 0;
+    }
+    if (from.count < row->least || from.count > row->most) {
+        return row->odd == oddity::any_count ? 1 : 0;
+    }
+    const uint32_t error = row->build(out, from);
+    return row->odd == oddity::heeds_result && error != IF_INDEX_OK ? 0 : 1;
+}
 
 int32_t ulx_interface_coordinates_to_ifindex(int32_t kind, const int32_t *coordinates,
                                              int32_t count, IfIndex *out)
@@ -234,13 +235,5 @@ int32_t ulx_interface_coordinates_to_ifindex(int32_t kind, const int32_t *coordi
     if (out == nullptr || (coordinates == nullptr && count > 0)) {
         return 0;
     }
-    const kind_row *row = find_row(kind);
-    if (row == nullptr) {
-        return 0;
-    }
-    if (count < row->least || count > row->most) {
-        return row->odd == oddity::any_count ? 1 : 0;
-    }
-    const uint32_t error = row->build(out, take(coordinates, count));
-    return row->odd == oddity::heeds_result && error != IF_INDEX_OK ? 0 : 1;
+    return build_interface(kind, take(coordinates, count), out);
 }
