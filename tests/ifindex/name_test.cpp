@@ -422,3 +422,27 @@ TEST(put_signed_decimal, writes_as_printf_does)
         });
     }
 }
+
+// Every length, and every number that a table or its edge has a part in.
+TEST(put_decimal, writes_as_printf_does)
+{
+    const auto expect_same = [](uint32_t value) {
+        char ours[16], theirs[16];
+        *ifindex::put_decimal(ours, value) = '\0';
+        snprintf(theirs, sizeof theirs, "%u", value);
+        ASSERT_STREQ(ours, theirs);
+    };
+    for (uint32_t value = 0; value < 20000; ++value) {
+        expect_same(value);
+    }
+    for (uint32_t power = 10000; power <= 1000000000; power *= 10) {
+        for (uint32_t i = 0; i < 100; ++i) {
+            expect_same(power - 50 + i);
+            expect_same(power + i * 7919);
+        }
+        if (power == 1000000000) {
+            break;
+        }
+    }
+    expect_same(UINT32_MAX);
+}

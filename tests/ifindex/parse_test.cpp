@@ -2,11 +2,14 @@
 #include <cctype>
 #include <cstdlib>
 #include <iterator>
+#include <random>
 #include <span>
 #include <string>
+#include <strings.h>
 #include <vector>
 
 #include "ifindex/keywords.h"
+#include "ifindex/numbers.h"
 #include "ruk/if_index_name.h"
 
 namespace
@@ -271,6 +274,60 @@ TEST(ulx_interface_name_to_ifindex, keeps_the_keywords_at_their_kinds)
 {
     for (size_t kind = 0; kind < std::size(k_keyword_cases); ++kind) {
         EXPECT_EQ(ifindex::k_keywords[kind], k_keyword_cases[kind].keyword) << kind;
+    }
+}
+
+// Beside the list as it is told: every keyword in turn, but "vethernet", over its own length.
+TEST(find_keyword, agrees_with_a_walk_of_the_list)
+{
+    std::mt19937 random(1906);
+    for (int i = 0; i < 100000; ++i) {
+        std::string name(ifindex::k_keywords[random() % ifindex::k_keyword_count]);
+        if (random() % 3 == 0) {
+            name += ifindex::k_keywords[random() % ifindex::k_keyword_count];
+        }
+        if (random() % 4 == 0) {
+            name += "-port-channel1/5";
+        }
+        for (char &c : name) {
+            c = static_cast<char>(random() % 2 == 0 ? toupper(c) : tolower(c));
+        }
+        if (random() % 2 == 0) {
+            name[random() % name.size()] = "ehtv-0Mm\x0d\xc5"[random() % 10];
+        }
+        if (random() % 3 == 0) {
+            name.resize(random() % (name.size() + 1));
+        }
+        name.shrink_to_fit();
+        int32_t kind = -1;
+        size_t length = 0;
+        for (size_t each = 0; each < ifindex::k_keyword_count && kind < 0; ++each) {
+            const std::string_view word = ifindex::k_keywords[each];
+            if (word != "vethernet" && strncasecmp(name.c_str(), word.data(), word.size()) == 0) {
+                kind = static_cast<int32_t>(each);
+                length = word.size();
+            }
+        }
+        const ifindex::keyword_match match = ifindex::find_keyword(name.c_str());
+        ASSERT_EQ(match.kind, kind) << name;
+        ASSERT_EQ(match.rest, name.c_str() + length) << name;
+    }
+}
+
+// Beside strtoll, whose 64 bits are cut to 32: as many digits as there may be, leading zeros too.
+TEST(read_digits, agrees_with_strtoll)
+{
+    std::mt19937 random(1907);
+    for (int i = 0; i < 20000; ++i) {
+        std::string text(1 + random() % (random() % 4 == 0 ? 30 : 5), '0');
+        for (char &c : text) {
+            c = static_cast<char>('0' + (random() % 4 == 0 ? 0 : random() % 10));
+        }
+        const size_t digits = text.size();
+        text += std::string("/x").substr(0, random() % 3);
+        const ifindex::number_read read = ifindex::read_digits(text.c_str());
+        ASSERT_EQ(read.value, static_cast<int32_t>(strtoll(text.c_str(), nullptr, 10))) << text;
+        ASSERT_EQ(read.rest, text.c_str() + digits) << text;
     }
 }
 
