@@ -126,7 +126,7 @@ constexpr auto k_finders = []<size_t... kinds>(std::index_sequence<kinds...>)
 
 // Where the comparison of a slot's names begins.
 constexpr auto k_first_in_slot = [] {
-    std::array<uint8_t, 32 * 32> first{};
+    std::array<uint8_t, 1024> first{};
     first.fill(k_none);
     for (size_t kind = k_keyword_count; kind-- > 0;) {
         if (!is_behind_another(kind)) {
