@@ -1,0 +1,5 @@
+/* What it costs to start a program that needs the C library. */
+int main(void)
+{
+    return 0;
+}
