@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <cinttypes>
+#include <cstdarg>
 #include <cstdio>
 #include <span>
 #include <string_view>
@@ -12,10 +13,19 @@
 namespace
 {
 
+// One way to the C library's family of functions, since each name costs a look-up at every start.
+[[gnu::format(printf, 1, 2)]] void print_text(const char *format, ...)
+{
+    va_list arguments;
+    va_start(arguments, format);
+    vprintf(format, arguments);
+    va_end(arguments);
+}
+
 // What is printed when a word shares any bit with the mask.
 struct BitText {
     uint32_t mask;
-    const char *text;
+    std::string_view text;
 };
 
 constexpr const char *k_message_labels[] = {
@@ -88,6 +98,8 @@ constexpr BitText k_capability_words[] = {
 class TextLine
 {
 public:
+    void append(const char *text) { append({text, strnlen(text, sizeof text_)}); }
+
     void append(std::string_view text)
     {
         const size_t kept = std::min(text.size(), sizeof text_ - 1 - length_);
@@ -107,7 +119,7 @@ public:
     void print()
     {
         text_[length_] = '\0';
-        puts(text_);
+        print_text("%s\n", text_);
     }
 
 private:
@@ -119,7 +131,7 @@ void print_set(const char *routine, uint32_t word, std::span<const BitText> line
 {
     for (const BitText &line : lines) {
         if ((word & line.mask) != 0) {
-            printf("%s: %s\n", routine, line.text);
+            print_text("%s: %s\n", routine, line.text.data());
         }
     }
 }
@@ -137,7 +149,7 @@ int32_t total(std::span<const int32_t> counters)
 void print_counters(const char *title, std::span<const int32_t> counters)
 {
     const auto print = [](const char *label, int32_t value) {
-        printf("%s: %-30s %d\n", "brel_ofp_dump_stats", label, value);
+        print_text("%s: %-30s %d\n", "brel_ofp_dump_stats", label, value);
     };
     print(title, total(counters));
     for (size_t type = 0; type < counters.size(); ++type) {
@@ -148,14 +160,14 @@ void print_counters(const char *title, std::span<const int32_t> counters)
 void print_port_config(uint32_t config)
 {
     const char *routine = "brel_dump_port_config";
-    printf("%s: Port config %d\n", routine, static_cast<int32_t>(config));
+    print_text("%s: Port config %d\n", routine, static_cast<int32_t>(config));
     print_set(routine, config, k_config_lines);
 }
 
 void print_port_state(uint32_t state)
 {
     const char *routine = "brel_dump_port_state";
-    printf("%s: Port state %d\n", routine, static_cast<int32_t>(state));
+    print_text("%s: Port state %d\n", routine, static_cast<int32_t>(state));
     print_set(routine, state, k_state_lines);
 }
 
@@ -179,16 +191,16 @@ int32_t brel_dump_feat_reply(const void *message)
     uint8_t fixed[k_ports] = {};
     memcpy(fixed, bytes, std::min(length, k_ports));
     const uint32_t capabilities = ofp::load_be32(fixed + k_capabilities);
-    printf("%s: datapath_id:             %" PRIu64 "\n", routine,
-           ofp::load_stored<uint64_t>(fixed + k_datapath_id));
-    printf("%s: n_buffers:               %u\n", routine, ofp::load_be32(fixed + k_n_buffers));
-    printf("%s: n_tables:                %d\n", routine, fixed[k_n_tables]);
-    printf("%s: capabilities:            %u\n", routine, capabilities);
+    print_text("%s: datapath_id:             %" PRIu64 "\n", routine,
+               ofp::load_stored<uint64_t>(fixed + k_datapath_id));
+    print_text("%s: n_buffers:               %u\n", routine, ofp::load_be32(fixed + k_n_buffers));
+    print_text("%s: n_tables:                %d\n", routine, fixed[k_n_tables]);
+    print_text("%s: capabilities:            %u\n", routine, capabilities);
     brel_dump_ofp_cap(capabilities);
     brel_dump_ofp_actions(ofp::load_be32(fixed + k_actions));
 
     const size_t ports = length < k_ports ? 0 : (length - k_ports) / ofp::phy_port::k_size;
-    printf("%s: Found (%d) ports\n", routine, static_cast<int32_t>(ports));
+    print_text("%s: Found (%d) ports\n", routine, static_cast<int32_t>(ports));
     for (size_t i = 0; i < ports; ++i) {
         brel_dump_phy_port(bytes + k_ports + i * ofp::phy_port::k_size);
     }
@@ -201,13 +213,13 @@ int32_t brel_dump_phy_port(const void *port)
     const char *routine = "brel_dump_phy_port";
     const auto *bytes = static_cast<const uint8_t *>(port);
     const uint8_t *mac = bytes + k_hw_addr;
-    printf("%s: Port number:             %d\n", routine,
-           ofp::load_stored<uint16_t>(bytes + k_port_no));
-    printf("%s: hw_address:              %x:%x:%x:%x:%x:%x\n", routine, mac[0], mac[1], mac[2],
-           mac[3], mac[4], mac[5]);
+    print_text("%s: Port number:             %d\n", routine,
+               ofp::load_stored<uint16_t>(bytes + k_port_no));
+    print_text("%s: hw_address:              %x:%x:%x:%x:%x:%x\n", routine, mac[0], mac[1], mac[2],
+               mac[3], mac[4], mac[5]);
     // The name fills its 16 bytes without a terminator when it is that long.
-    printf("%s: name:                    %.16s\n", routine,
-           reinterpret_cast<const char *>(bytes + k_name));
+    print_text("%s: name:                    %.16s\n", routine,
+               reinterpret_cast<const char *>(bytes + k_name));
     print_port_config(ofp::load_be32(bytes + k_config));
     print_port_state(ofp::load_be32(bytes + k_state));
     brel_dump_phy_port_features(ofp::load_be32(bytes + k_curr), ": Enabled feature");

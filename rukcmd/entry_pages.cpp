@@ -1,7 +1,7 @@
 // show all and show last in paged mode: one page a run.
 #include "rukcmd/entry_pages.h"
 
-#include <cstring>
+#include <string_view>
 
 #include "ruk/front_end.h"
 #include "rukcmd/log_service.h"
@@ -48,6 +48,23 @@ int32_t result_of(Start start)
     return start == Start::failed ? -1 : 0;
 }
 
+// Cuts the next word off rest: blanks and line feeds lie between words.  Null when there is none.
+const char *next_word(char *&rest)
+{
+    const auto separates = [](char c) { return c == ' ' || c == '\n'; };
+    while (separates(*rest)) {
+        ++rest;
+    }
+    char *const word = rest;
+    while (*rest != '\0' && !separates(*rest)) {
+        ++rest;
+    }
+    if (*rest != '\0') {
+        *rest++ = '\0';
+    }
+    return *word == '\0' ? nullptr : word;
+}
+
 // What the arguments of a paged show last ask for.
 struct LastPage {
     uint32_t count = newest_entries::k_default_count;
@@ -63,29 +80,28 @@ bool parse_last_page(const char *arguments, LastPage &page)
     }
     char field[paging::k_field_size];
     paging::copy_arguments(field, arguments);
-    constexpr const char *k_separators = " \n";
-    char *rest = nullptr;
-    const char *count = strtok_r(field, k_separators, &rest);
+    char *rest = field;
+    const char *count = next_word(rest);
     if (count == nullptr) {
         ruk_rcli_printf("Error in command string processing\n");
         return false;
     }
     page.count = newest_entries::count_of(count);
-    const char *keyword = strtok_r(nullptr, k_separators, &rest);
+    const char *keyword = next_word(rest);
     if (keyword == nullptr) {
         page.is_limited = true;
         return true;
     }
     // Kept: any other word lifts the limit.
-    if (strcmp(keyword, "cookie") != 0) {
+    if (keyword != std::string_view("cookie")) {
         return true;
     }
-    const char *cookie = strtok_r(nullptr, k_separators, &rest);
+    const char *cookie = next_word(rest);
     if (cookie == nullptr) {
         ruk_rcli_printf("Error in command string processing, no <n> in cookie <n>\n");
         return false;
     }
-    page.cookie = static_cast<uint32_t>(strtoul(cookie, nullptr, 0));
+    page.cookie = static_cast<uint32_t>(strtoull(cookie, nullptr, 0));
     page.is_limited = true;
     return true;
 }

@@ -15,6 +15,16 @@ const LogLevel ruk_log_levels[] = {
     {0, nullptr, '\0'},
 };
 
+namespace
+{
+
+constexpr char upper(char letter)
+{
+    return static_cast<char>(letter - 'a' + 'A');
+}
+
+} // namespace
+
 const char *ruk_levelstring(int32_t level)
 {
     for (const LogLevel *row = ruk_log_levels; row->name != nullptr; ++row) {
@@ -40,7 +50,7 @@ void ruk_log_level_letters(char *out, uint32_t mask)
 {
     for (const LogLevel *row = ruk_log_levels; row->name != nullptr; ++row) {
         const bool is_on = (mask & row->bit) != 0;
-        *out++ = is_on ? static_cast<char>(toupper(row->letter)) : ' ';
+        *out++ = is_on ? upper(row->letter) : ' ';
     }
     *out = '\0';
 }

@@ -1,7 +1,9 @@
 // ruklog: connect to the Agent, check that it runs the same version, run one command line.
-#include <cstdio>
+#include <algorithm>
 #include <cstring>
+#include <string_view>
 
+#include "infra/utils/ktprint.h"
 #include "ruk/agent.h"
 #include "ruk/front_end.h"
 
@@ -25,25 +27,30 @@ bool versions_differ()
 
 bool asks_for_help(int argc, char **argv)
 {
-    return argc <= 1 || strcmp(argv[1], "help") == 0;
+    return argc <= 1 || argv[1] == std::string_view("help");
 }
 
 void print_help()
 {
     ruk_log_help(line, sizeof line);
-    printf("%s", line);
+    kt_print("%s", line);
 }
 
 // Joins the arguments with single blanks, cut to fit.  Returns the length.
 size_t join_arguments(int argc, char **argv)
 {
     size_t length = 0;
-    for (int i = 1; i < argc && length < sizeof line - 1; ++i) {
-        const int added =
-            snprintf(line + length, sizeof line - length, "%s%s", i > 1 ? " " : "", argv[i]);
-        length += static_cast<size_t>(added);
+    const auto append = [&length](std::string_view text) {
+        const size_t copied = std::min(text.size(), sizeof line - 1 - length);
+        memcpy(line + length, text.data(), copied);
+        length += copied;
+    };
+    for (int i = 1; i < argc; ++i) {
+        append(i > 1 ? " " : "");
+        append({argv[i], strnlen(argv[i], sizeof line)});
     }
-    return length < sizeof line ? length : sizeof line - 1;
+    line[length] = '\0';
+    return length;
 }
 
 } // namespace
@@ -51,12 +58,12 @@ size_t join_arguments(int argc, char **argv)
 int main(int argc, char **argv)
 {
     if (kt_dpa_api_init() != 0) {
-        printf("Error initializing kt_dpa_api_init()\n");
+        kt_print("Error initializing kt_dpa_api_init()\n");
         return k_failed_start;
     }
     if (versions_differ()) {
-        printf("Cannot execute ruklog: ruklog utility version does not match the running RUK "
-               "version.\n");
+        kt_print("Cannot execute ruklog: ruklog utility version does not match the running RUK "
+                 "version.\n");
         return k_failed_start;
     }
     ruk_log_init();

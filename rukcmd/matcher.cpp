@@ -7,6 +7,7 @@
 #include <cstdarg>
 #include <cstdio>
 
+#include "infra/utils/ktprint.h"
 #include "infra/utils/kttext.h"
 #include "infra/utils/kttrace.h"
 #include "ruk/words.h"
@@ -129,7 +130,7 @@ struct Syntax {
 
     void add(const char *word)
     {
-        const int written = snprintf(text + length, sizeof text - length, "%s ", word);
+        const int written = kt_print_to(text + length, sizeof text - length, "%s ", word);
         length = std::min(length + static_cast<size_t>(std::max(written, 0)), sizeof text - 1);
     }
 
@@ -220,7 +221,7 @@ int32_t ktcmd_parse_single(const CommandEntry *table, const char *command, uint3
     if (match.row == nullptr) {
         constexpr const char *k_message = "No match found for %s\n";
         kt_trace(kt_debug_print_ktcmd, KT_LEVEL_DEBUG, k_message, command);
-        printf(k_message, command);
+        kt_print(k_message, command);
         return k_no_match;
     }
     const char *arguments = words.at[match.matched];
@@ -229,7 +230,7 @@ int32_t ktcmd_parse_single(const CommandEntry *table, const char *command, uint3
         constexpr const char *k_message = "Cmd not permitted from DPA %p\n";
         void *handler = reinterpret_cast<void *>(match.row->handler);
         kt_trace(kt_debug_print_ktcmd, KT_LEVEL_DEBUG, k_message, handler);
-        printf(k_message, handler);
+        kt_print(k_message, handler);
         return k_no_match;
     }
     return match.row->handler(arguments);
@@ -264,7 +265,7 @@ int32_t ktcmd_validate_data(const char *data, int32_t maxlen)
             return -1;
         }
         const auto c = static_cast<unsigned char>(data[length]);
-        if (isprint(c) == 0 && !is_space(data[length])) {
+        if (!is_printable(c) && !is_space(data[length])) {
             // Kept: the character goes out signed, so from 0x80 on it prints as eight digits.
             kt_trace(kt_debug_print_ktcmd, KT_LEVEL_WARNING, "ktcmd invalid character %02x\n",
                      static_cast<unsigned>(static_cast<signed char>(data[length])));

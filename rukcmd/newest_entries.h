@@ -19,7 +19,7 @@ inline uint32_t count_of(const char *arguments)
     if (arguments == nullptr) {
         return k_default_count;
     }
-    const auto count = static_cast<uint32_t>(strtoul(arguments, nullptr, 0));
+    const auto count = static_cast<uint32_t>(strtoull(arguments, nullptr, 0));
     return std::clamp(count, uint32_t{1}, k_most_count);
 }
 

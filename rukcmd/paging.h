@@ -3,9 +3,9 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <cstdio>
 #include <cstdlib>
 
+#include "infra/utils/ktprint.h"
 #include "ruk/front_end.h"
 
 namespace paging
@@ -21,7 +21,7 @@ inline bool is_paged()
 
 inline void copy_arguments(char (&field)[k_field_size], const char *arguments)
 {
-    snprintf(field, sizeof field, "%s", arguments);
+    kt_print_to(field, sizeof field, "%s", arguments);
 }
 
 // The cookie at the start of the arguments, "0x" and leading-0 forms included; 0 without one.
@@ -29,7 +29,7 @@ inline uint32_t cookie_of(const char *arguments)
 {
     char field[k_field_size];
     copy_arguments(field, arguments == nullptr ? "0" : arguments);
-    return static_cast<uint32_t>(strtoul(field, nullptr, 0));
+    return static_cast<uint32_t>(strtoull(field, nullptr, 0));
 }
 
 } // namespace paging

@@ -2,6 +2,7 @@
 // the three classes of failure messages.
 #include "ruk/thread.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <cstdlib>
 #include <cstring>
@@ -39,10 +40,8 @@ int32_t ktdpa_mutex_create(ktdpa_mutex **mutex)
         kt_trace(word, k_classed, "DPATHREAD_MALLOC_ERR %s: Failed to alloc mutex\n", __func__);
         return ENOMEM;
     }
-    // A default attribute object, which is never destroyed; it holds nothing to free.
-    pthread_mutexattr_t attributes;
-    pthread_mutexattr_init(&attributes);
-    const int error = pthread_mutex_init(created, &attributes);
+    // Without an attribute object: the mutex is of the default kind.
+    const int error = pthread_mutex_init(created, nullptr);
     if (error != 0) {
         kt_trace(word, k_classed, "DPATHREAD_API_ERR %s: Failed to init mutex. Err %d \n", __func__,
                  error);
@@ -187,7 +186,7 @@ int32_t ktdpa_set_thread_name(const char *name)
     constexpr size_t k_name_size = 16; // the kernel's, terminator included
     char copy[k_name_size] = {};
     if (name != nullptr) {
-        memcpy(copy, name, strnlen(name, k_name_size - 1));
+        std::copy_n(name, strnlen(name, k_name_size - 1), copy);
     }
     return prctl(PR_SET_NAME, copy, 0, 0, 0);
 }

@@ -14,6 +14,12 @@ int lower(char c)
     return tolower(static_cast<unsigned char>(c));
 }
 
+// Most of what is compared is equal, or is not by its first letter.
+bool are_same(char a, char b)
+{
+    return a == b || lower(a) == lower(b);
+}
+
 bool ends_word(char c)
 {
     return c == '\0' || c == ';' || is_space(c);
@@ -54,20 +60,17 @@ int32_t stris(const char *word, const char *keyword)
     if (word == nullptr || keyword == nullptr) {
         kt_assert_bad("str != NULL && cmpstr != NULL", "infra/utils/ktstrings", 65);
     }
-    while (!ends_word(*word) && *keyword != '\0') {
-        if (lower(*word) != lower(*keyword)) {
-            return 1;
-        }
+    while (*keyword != '\0' && are_same(*word, *keyword) && !ends_word(*word)) {
         ++word;
         ++keyword;
     }
-    return ends_word(*word) && *keyword == '\0' ? 0 : 1;
+    return *keyword == '\0' && ends_word(*word) ? 0 : 1;
 }
 
 int32_t kt_strncasecmp(const char *a, const char *b, size_t n)
 {
     for (size_t i = 0; i < n; ++i) {
-        if (lower(a[i]) != lower(b[i])) {
+        if (!are_same(a[i], b[i])) {
             return 1;
         }
     }
