@@ -10,7 +10,7 @@ namespace
 
 void announce(const Forms &forms, const Form &form, const Call &call)
 {
-    if (forms.announces_call) {
+    if (forms.announces_call && kt_traces(*forms.trace, KT_LEVEL_DEBUG)) {
         // Kept: there is no ioctl, but readers of the trace know the line by these words.
         kt_trace(*forms.trace, KT_LEVEL_DEBUG, "%s: Generating ioctl() for opcode %d\n",
                  form.function, call.opcode);

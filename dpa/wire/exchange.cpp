@@ -45,13 +45,15 @@ Bytes take(Bytes &block, uint32_t length)
 }
 
 // Fills target from source and sets to zero what source has no bytes for.
-void fill(Bytes target, const void *source, size_t source_length)
+inline void fill(Bytes target, const void *source, size_t source_length)
 {
     const size_t copied = source == nullptr ? 0 : std::min(source_length, target.size());
     if (copied > 0) {
         memcpy(target.data(), source, copied);
     }
-    std::fill(target.begin() + static_cast<std::ptrdiff_t>(copied), target.end(), std::byte{0});
+    if (copied < target.size()) {
+        memset(&target[copied], 0, target.size() - copied);
+    }
 }
 
 void assemble(Bytes block, const AgentRequest &request, const Lengths &lengths)
@@ -61,14 +63,20 @@ void assemble(Bytes block, const AgentRequest &request, const Lengths &lengths)
     fill(take(block, lengths.buffer2), request.ptr2, lengths.buffer2);
 }
 
+void announce_rest(const Client &client, size_t total, size_t rest)
+{
+    kt_trace(*client.trace, KT_LEVEL_DEBUG, "%s: Sent (%d) bytes, not (%d), sending (%d) more\n",
+             client.caller, static_cast<int32_t>(total - rest), static_cast<int32_t>(total),
+             static_cast<int32_t>(rest));
+}
+
 bool send_block(const Client &client, int32_t fd, Bytes block)
 {
     const size_t total = block.size();
     while (!block.empty()) {
-        kt_trace(*client.trace, KT_LEVEL_DEBUG,
-                 "%s: Sent (%d) bytes, not (%d), sending (%d) more\n", client.caller,
-                 static_cast<int32_t>(total - block.size()), static_cast<int32_t>(total),
-                 static_cast<int32_t>(block.size()));
+        if (kt_traces(*client.trace, KT_LEVEL_DEBUG)) {
+            announce_rest(client, total, block.size());
+        }
         // MSG_NOSIGNAL: a peer that has gone is a failed exchange, not the end of the process.
         const ssize_t written = send(fd, block.data(), block.size(), MSG_NOSIGNAL);
         if (written <= 0) {

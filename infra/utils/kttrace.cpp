@@ -6,7 +6,7 @@
 
 void kt_trace(uint32_t word, uint32_t level, const char *format, ...)
 {
-    if ((word & level) == 0) {
+    if (!kt_traces(word, level)) {
         return;
     }
     va_list arguments;
