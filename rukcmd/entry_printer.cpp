@@ -2,9 +2,10 @@
 #include "rukcmd/entry_printer.h"
 
 #include <cstring>
-#include <ctime>
 
 #include "ruk/front_end.h"
+#include "rukcmd/entry_line.h"
+#include "rukcmd/output.h"
 
 void settle_message(LogEntry &entry)
 {
@@ -38,12 +39,6 @@ void ruk_log_print_entry(LogEntry *entry)
         return;
     }
     settle_message(*entry);
-    const time_t seconds = entry->seconds;
-    char date[32] = {}; // "Www Mmm dd hh:mm:ss yyyy", of which month, day and time are shown
-    ctime_r(&seconds, date);
-    ruk_rcli_printf("%.15s.%06d %8llu %2d %3d %3d %7s %.*s", date + 4,
-                    static_cast<int32_t>(entry->microseconds),
-                    static_cast<unsigned long long>(entry->entry), entry->cpu,
-                    static_cast<int32_t>(entry->module), entry->level,
-                    ruk_levelstring(entry->level), LOG_MESSAGE_SIZE, entry->message);
+    char line[entry_line::k_size];
+    output::put({line, entry_line::write(line, *entry)});
 }

@@ -6,14 +6,17 @@
 
 #include "ruk/agent.h"
 #include "ruk/front_end.h"
+#include "rukcmd/entry_line.h"
 #include "rukcmd/entry_printer.h"
 #include "rukcmd/log_service.h"
+#include "rukcmd/output.h"
 
 namespace
 {
 
 constexpr size_t k_first_capacity = 1024;
 constexpr size_t k_most_entries = size_t{1} << 20;
+constexpr size_t k_block_size = 65536;
 
 // What has been read is then printed before the release: the release connects anew, and what that
 // has to say when the Agent is gone belongs behind the entries.
@@ -47,10 +50,31 @@ bool EntryStore::add(const LogEntry &entry)
 
 void EntryStore::print_and_empty(const InterruptionGuard &guard)
 {
-    for (size_t i = 0; i < count_ && !guard.interrupted(); ++i) {
-        ruk_log_print_entry(&entries_[i]);
+    size_t printed = 0;
+    while (printed < count_ && !guard.interrupted()) {
+        printed += output::goes_to_stdout() ? print_block(printed, guard) : print_line(printed);
     }
     count_ = 0;
+}
+
+// The buffer's rule of what still fits is one for lines.
+size_t EntryStore::print_line(size_t at)
+{
+    ruk_log_print_entry(&entries_[at]);
+    return 1;
+}
+
+// Hundreds of lines with one call.  Returns how many.
+size_t EntryStore::print_block(size_t begin, const InterruptionGuard &guard)
+{
+    static char block[k_block_size];
+    size_t length = 0;
+    size_t i = begin;
+    while (i < count_ && length <= sizeof block - entry_line::k_size && !guard.interrupted()) {
+        length += entry_line::write(block + length, entries_[i++]);
+    }
+    output::put({block, length});
+    return i - begin;
 }
 
 HeldLog::HeldLog() : was_on_(ruk_log_hold(log_service::k_local)) {}

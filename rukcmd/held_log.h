@@ -8,7 +8,7 @@
 #include "ruk/log.h"
 #include "rukcmd/interruption.h"
 
-// Entries between reading and printing.
+// Entries, their messages settled, between reading and printing.
 class EntryStore
 {
 public:
@@ -24,6 +24,9 @@ public:
     void print_and_empty(const InterruptionGuard &guard);
 
 private:
+    size_t print_line(size_t at);
+    size_t print_block(size_t begin, const InterruptionGuard &guard);
+
     LogEntry *entries_ = nullptr;
     size_t count_ = 0;
     size_t capacity_ = 0;

@@ -1,8 +1,12 @@
-// The output buffer and the one print operation of the front end.
-#include "ruk/front_end.h"
+// The output buffer and the print operation of the front end, for formats and for text.
+#include "rukcmd/output.h"
 
+#include <algorithm>
 #include <cstdarg>
 #include <cstdio>
+#include <cstring>
+
+#include "ruk/front_end.h"
 
 char ruk_rcli_buffer[RUK_RCLI_BUFFER_SIZE];
 char *ruk_rcli_buffer_ptr = nullptr;
@@ -28,6 +32,8 @@ bool has_room()
     return bytes_left() >= needed;
 }
 
+// The cursor moves even when nothing was written: once the buffer is full, every later line of the
+// command is dropped whole.
 void advance_cursor()
 {
     const auto cursor = reinterpret_cast<uintptr_t>(ruk_rcli_buffer_ptr);
@@ -35,19 +41,41 @@ void advance_cursor()
     ruk_rcli_buffer_ptr = reinterpret_cast<char *>(cursor + step);
 }
 
+// At the cursor, terminated, as much as there is room for.
+void copy_to_buffer(std::string_view text)
+{
+    const size_t copied = std::min(text.size(), bytes_left() - 1);
+    memcpy(ruk_rcli_buffer_ptr, text.data(), copied);
+    ruk_rcli_buffer_ptr[copied] = '\0';
+    ruk_rcli_print_len = static_cast<int32_t>(text.size());
+}
+
 } // namespace
+
+void output::put(std::string_view text)
+{
+    if (goes_to_stdout()) {
+        fwrite(text.data(), 1, text.size(), stdout);
+    } else if (has_room()) {
+        copy_to_buffer(text);
+    }
+    advance_cursor();
+}
+
+bool output::goes_to_stdout()
+{
+    return ruk_rcli_buffer_ptr == nullptr;
+}
 
 void ruk_rcli_printf(const char *format, ...)
 {
     va_list arguments;
     va_start(arguments, format);
-    if (ruk_rcli_buffer_ptr == nullptr) {
+    if (output::goes_to_stdout()) {
         vprintf(format, arguments);
     } else if (has_room()) {
         ruk_rcli_print_len = vsnprintf(ruk_rcli_buffer_ptr, bytes_left(), format, arguments);
     }
     va_end(arguments);
-    // The cursor moves even when nothing was written: once the buffer is full, every later line
-    // of the command is dropped whole.
     advance_cursor();
 }
