@@ -1,8 +1,7 @@
 // show all and show last in paged mode: one page a run.
 #include "rukcmd/entry_pages.h"
 
-#include <string_view>
-
+#include "infra/utils/kttext.h"
 #include "ruk/front_end.h"
 #include "rukcmd/log_service.h"
 #include "rukcmd/newest_entries.h"
@@ -93,7 +92,7 @@ bool parse_last_page(const char *arguments, LastPage &page)
         return true;
     }
     // Kept: any other word lifts the limit.
-    if (keyword != std::string_view("cookie")) {
+    if (!kttext::is(keyword, "cookie")) {
         return true;
     }
     const char *cookie = next_word(rest);

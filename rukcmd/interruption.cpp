@@ -36,17 +36,14 @@ void note(int number)
     restore_former();
 }
 
-// Keeps the guarded signals waiting while their dispositions change.
+// Keeps every signal waiting while the dispositions of the guarded ones change.
 class SignalsBlocked
 {
 public:
     SignalsBlocked()
     {
         sigset_t signals;
-        sigemptyset(&signals);
-        for (const GuardedSignal &signal : guarded) {
-            sigaddset(&signals, signal.number);
-        }
+        sigfillset(&signals);
         pthread_sigmask(SIG_BLOCK, &signals, &former_);
     }
     ~SignalsBlocked() { pthread_sigmask(SIG_SETMASK, &former_, nullptr); }

@@ -4,6 +4,7 @@
 #include <string_view>
 
 #include "infra/utils/ktprint.h"
+#include "infra/utils/kttext.h"
 #include "ruk/agent.h"
 #include "ruk/front_end.h"
 
@@ -27,7 +28,7 @@ bool versions_differ()
 
 bool asks_for_help(int argc, char **argv)
 {
-    return argc <= 1 || argv[1] == std::string_view("help");
+    return argc <= 1 || kttext::is(argv[1], "help");
 }
 
 void print_help()

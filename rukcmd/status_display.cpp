@@ -13,6 +13,8 @@
 namespace
 {
 
+using namespace std::string_view_literals;
+
 constexpr size_t k_letters_size = 9; // eight levels and a terminator
 
 // A line of show info.  The most common command does without the formatted print, which alone
@@ -64,7 +66,8 @@ void ruk_log_print_info(int32_t short_form, const LogInfo *info)
         return;
     }
     if (short_form == 0) {
-        output::put(info->enabled != 0 ? "          Enabled: Yes\n" : "          Enabled: No\n");
+        output::put(info->enabled != 0 ? "          Enabled: Yes\n"sv
+                                       : "          Enabled: No\n"sv);
     }
     print_count("    Total Entries: ", info->total);
     print_count("  Wrapped Entries: ", info->wrapped);

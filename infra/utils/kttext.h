@@ -17,6 +17,12 @@ inline bool is_space(char c)
     return isspace(static_cast<unsigned char>(c)) != 0;
 }
 
+// Whether text is expected, to the letter; no more of it is looked at than that takes.
+inline bool is(const char *text, std::string_view expected)
+{
+    return std::string_view(text, strnlen(text, expected.size() + 1)) == expected;
+}
+
 constexpr bool is_digit(char c)
 {
     return c >= '0' && c <= '9';
