@@ -25,8 +25,8 @@ using namespace ruk_test;
 using Seconds = std::chrono::duration<double>;
 
 constexpr uint32_t k_entries = 10'000;
-constexpr uint32_t k_few = 10; // instructions are counted by the difference of two lengths
-constexpr uint32_t k_many = 40;
+constexpr uint32_t k_few = 60; // instructions are counted by the difference of two lengths
+constexpr uint32_t k_many = 110;
 
 FastAgent *agent;
 
