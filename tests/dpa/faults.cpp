@@ -22,6 +22,14 @@ struct Plan {
 };
 thread_local std::optional<Plan> plan;
 
+struct Interlude {
+    Call call;
+    int calls_left;
+    std::function<void(int fd)> action;
+    ruk_test::Extent extent;
+};
+thread_local std::optional<Interlude> interlude;
+
 thread_local size_t most_bytes = SIZE_MAX;
 
 thread_local int blocks_allocated = 0;
@@ -49,6 +57,18 @@ bool fails(Call call)
     return error.has_value();
 }
 
+void happen_before(Call call, int fd)
+{
+    if (!interlude || interlude->call != call) {
+        return;
+    }
+    --interlude->calls_left;
+    if (interlude->calls_left == 0 ||
+        (interlude->calls_left < 0 && interlude->extent == ruk_test::Extent::ever_after)) {
+        interlude->action(fd);
+    }
+}
+
 } // namespace
 
 namespace ruk_test
@@ -72,6 +92,16 @@ ShortTransfers::ShortTransfers(size_t most)
 ShortTransfers::~ShortTransfers()
 {
     most_bytes = SIZE_MAX;
+}
+
+Before::Before(Call call, int nth, std::function<void(int fd)> action, Extent extent)
+{
+    interlude = Interlude{call, nth, std::move(action), extent};
+}
+
+Before::~Before()
+{
+    interlude.reset();
 }
 
 Blocks::Blocks() : allocated_before_(blocks_allocated), freed_before_(blocks_freed) {}
@@ -102,6 +132,7 @@ const ConnectArguments &latest_connect()
 extern "C" {
 
 void *__real_malloc(size_t size);
+void *__real_realloc(void *block, size_t size);
 void __real_free(void *block);
 int __real_socket(int domain, int type, int protocol);
 int __real_connect(int fd, const sockaddr *address, socklen_t length);
@@ -128,6 +159,15 @@ void *__wrap_malloc(size_t size)
     return latest_block;
 }
 
+void *__wrap_realloc(void *block, size_t size)
+{
+    if (fails(Call::grow)) {
+        return nullptr;
+    }
+    blocks_allocated += block == nullptr ? 1 : 0;
+    return __real_realloc(block, size);
+}
+
 void __wrap_free(void *block)
 {
     blocks_freed += block != nullptr ? 1 : 0;
@@ -144,6 +184,7 @@ int __wrap_connect(int fd, const sockaddr *address, socklen_t length)
     // The whole record, which is more than the length covers.
     memcpy(&connect_arguments.address, address, sizeof connect_arguments.address);
     connect_arguments.length = length;
+    happen_before(Call::connect_socket, fd);
     return __real_connect(fd, address, length);
 }
 
@@ -154,6 +195,7 @@ int __wrap_fchmod(int fd, mode_t mode)
 
 ssize_t __wrap_send(int fd, const void *bytes, size_t size, int flags)
 {
+    happen_before(Call::send_bytes, fd);
     if (fails(Call::send_bytes)) {
         return errno == 0 ? 0 : -1;
     }
@@ -162,6 +204,7 @@ ssize_t __wrap_send(int fd, const void *bytes, size_t size, int flags)
 
 ssize_t __wrap_read(int fd, void *bytes, size_t size)
 {
+    happen_before(Call::read_bytes, fd);
     if (fails(Call::read_bytes)) {
         return errno == 0 ? 0 : -1;
     }

@@ -4,6 +4,7 @@
 #pragma once
 
 #include <cstddef>
+#include <functional>
 #include <sys/socket.h>
 #include <sys/un.h>
 
@@ -12,7 +13,9 @@ namespace ruk_test
 
 enum class Call {
     allocate,
+    grow, // realloc
     open_socket,
+    connect_socket,
     change_mode,
     send_bytes,
     read_bytes,
@@ -45,6 +48,18 @@ public:
     ~ShortTransfers();
     ShortTransfers(const ShortTransfers &) = delete;
     ShortTransfers &operator=(const ShortTransfers &) = delete;
+};
+
+// While it lives, something happens just before one call, the nth of its kind, or before that and
+// every later one.  It must be a connect, a send or a read; its descriptor is passed.
+enum class Extent { once, ever_after };
+class Before
+{
+public:
+    Before(Call call, int nth, std::function<void(int fd)> action, Extent extent = Extent::once);
+    ~Before();
+    Before(const Before &) = delete;
+    Before &operator=(const Before &) = delete;
 };
 
 // The blocks of malloc since it was made.
