@@ -1,6 +1,7 @@
 // Each command of ruklog as a whole process: the requests that it sends and the text that it
 // prints, byte for byte.
 #include "tests/support/child.h"
+#include "tests/support/help_text.h"
 #include "tests/support/log_records.h"
 #include "tests/support/scripted_agent.h"
 
@@ -67,28 +68,6 @@ const Module k_flow{
     .index = 0, .available = 0xff, .printing = 0x87, .default_printing = 0x07, .name = "flow"};
 const Module k_port{
     .index = 4, .available = 0x1f, .printing = 0x01, .default_printing = 0x03, .name = "port"};
-
-const std::string k_help =
-    "ruklog help:\n"
-    "\n"
-    "show                             \n"
-    "show info                        Show log info\n"
-    "show all cookie <number>         Show all entries in the log\n"
-    "show last <number> cookie <number> \n"
-    "                                 Show last <n> entries in the log\n"
-    "                                 (minimum 1, default 25, maximum 10000)\n"
-    "show tail                        Show continuous tail (like unix 'tail -f')\n"
-    "start <entries>                  Start logging\n"
-    "                                 if <entries> is specified, stop after next <n>\n"
-    "stop <entries>                   Stop logging after next <n> entries\n"
-    "                                 or immediately if <entries> is unspecified.\n"
-    "resume                           Resume logging\n"
-    "                                 Any <entries> value from previous start or stop\n"
-    "                                 is preserved.\n"
-    "clear                            Clear the log\n"
-    "debug <module|all> [-][all|none|default|e|w|n|i|d|p|t] \n"
-    "                                 Enable and disable debug levels\n"
-    "show debug cookie <number>       Display debug settings\n";
 
 struct Row {
     std::vector<std::string> arguments;

@@ -180,10 +180,6 @@ private:
             const int blocks = fate_ == Fate::no_send_block && !size_.caller.reply_fits_stack;
             printed = captured_stdout([&] {
                 const Sabotage sabotage(agent_, step_, kind_, {.blocks = blocks});
-                std::optional<NoMoreDescriptors> limit;
-                if (kind_ == Fault_kind::descriptor_limit && step_ == Step::connect) {
-                    limit.emplace();
-                }
                 status = form_.call(buffer, 7);
                 if (is_broken(fate_) && kind_ == Fault_kind::descriptor_limit) {
                     expect_no_descriptor();

@@ -311,7 +311,8 @@ private:
         }
         const bool is_faulty = is_due() && play_.step != Step::send;
         // What is left unread makes the end of the connection a reset.
-        const size_t left = is_faulty && play_.kind == Fault_kind::reset ? 1 : 0;
+        const bool resets = is_faulty && play_.kind == Fault_kind::reset;
+        const size_t left = resets && play_.step != Step::connect ? 1 : 0;
         if (!hear(fd, length_of(request) - k_header - left, request) ||
             !hear(fd, left, request, MSG_PEEK | MSG_WAITALL)) {
             hang_up(fd);

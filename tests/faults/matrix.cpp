@@ -107,8 +107,8 @@ const char *rule_of(const Caller &caller, Step step, Fault_kind kind, Fate fate)
     if (fate == Fate::no_reply_block && caller.reply_fits_stack) {
         return "a small reply needs no block";
     }
-    if (caller.prints_records && caller.is_last_exchange && step == Step::connect) {
-        return "the command's last exchange: nothing connects after it";
+    if (!caller.connects_after && step == Step::connect) {
+        return "the command makes no exchange after it, so nothing connects";
     }
     if (caller.prints_records && fate == Fate::taken_and_lost) {
         return "lost before it was taken: shown with the clients";

@@ -36,6 +36,7 @@ struct Caller {
     bool reply_fits_stack = true;    // 4096 bytes with the header
     bool request_fits_socket = true; // a megabyte does not
     bool is_last_exchange = false;   // of its command
+    bool connects_after = true;      // when it has lost the connection
     bool prints_records = false;     // a command, which shows what comes
     bool has_threads = false;
 };

@@ -25,8 +25,7 @@ Sabotage::Sabotage(const FaultyAgent &agent, Step step, Fault_kind kind, const C
     : other_(open("/dev/null", O_RDWR))
 {
     if (kind == Fault_kind::descriptor_limit) {
-        // From the first exchange on: the connection that is there goes on.
-        before(Call::send_bytes, 1, [this](int) { limit_.emplace(); });
+        limit_descriptors(calls);
     }
     if (step == Step::connect) {
         at_connect(agent, kind, calls);
@@ -57,6 +56,16 @@ void Sabotage::before(Call call, int nth, std::function<void(int fd)> action, Ex
     before_.emplace(call, nth, std::move(action), extent);
 }
 
+// A connection that is there, or that the tool makes at its start, goes on.
+void Sabotage::limit_descriptors(const CallsBefore &calls)
+{
+    if (calls.connects > 0) {
+        before(Call::send_bytes, 1, [this](int) { limit_.emplace(); });
+    } else {
+        limit_.emplace();
+    }
+}
+
 void Sabotage::at_connect(const FaultyAgent &agent, Fault_kind kind, const CallsBefore &calls)
 {
     const int nth = calls.connects + 1;
@@ -68,6 +77,8 @@ void Sabotage::at_connect(const FaultyAgent &agent, Fault_kind kind, const Calls
             Call::connect_socket, nth, [this](int fd) { dup2(other_, fd); }, Extent::ever_after);
     } else if (kind == Fault_kind::reset) {
         before(Call::send_bytes, calls.exchanges + 1, [&](int) { agent.await_played(); });
+    } else if (kind == Fault_kind::no_memory) {
+        fault_.emplace(Call::allocate, ENOMEM, calls.blocks + 1);
     }
 }
 
@@ -82,7 +93,9 @@ void Sabotage::at_send(const FaultyAgent &agent, Fault_kind kind, const CallsBef
     case Fault_kind::descriptor_limit:
         before(Call::send_bytes, nth, [&](int) {
             agent.await_played();
-            limit_.emplace();
+            if (!limit_) {
+                limit_.emplace();
+            }
         });
         return;
     case Fault_kind::dribbled:

@@ -43,6 +43,7 @@ public:
 private:
     void before(Call call, int nth, std::function<void(int fd)> action,
                 Extent extent = Extent::once);
+    void limit_descriptors(const CallsBefore &calls);
     void at_connect(const FaultyAgent &agent, Fault_kind kind, const CallsBefore &calls);
     void at_send(const FaultyAgent &agent, Fault_kind kind, const CallsBefore &calls);
 
