@@ -38,6 +38,7 @@ namespace
 constexpr size_t k_header = 56;
 constexpr int k_entry9_from_request = 20;
 constexpr useconds_t k_stall = 5000;
+constexpr uint16_t k_first_echoing_opcode = 1000;
 constexpr char k_garbage = 'Z';
 
 [[noreturn]] void give_up(const char *what)
@@ -123,9 +124,19 @@ Answer add_one_to_each(const std::string &request)
     return {0, payload};
 }
 
+Answer echo_header(const std::string &request)
+{
+    const Answer rest = add_one_to_each(request);
+    return {0, request.substr(0, 2) + request.substr(8, 4) + rest.payload.substr(6)};
+}
+
 Answer answer_of(const std::string &request, int number)
 {
-    switch (number_at<uint16_t>(request, 0)) {
+    const auto opcode = number_at<uint16_t>(request, 0);
+    if (opcode >= k_first_echoing_opcode) {
+        return echo_header(request);
+    }
+    switch (opcode) {
     case 233:
         return {0, info_bytes({.available = 2, .enabled = 1, .total = 9, .wrapped = 3})};
     case 234:

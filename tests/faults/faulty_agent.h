@@ -43,7 +43,8 @@ struct Play {
 };
 
 // It serves requests of the log service: entries 7, 8 and, from request 20 on, 9; modules flow and
-// port.  Opcode 300 is answered with each byte of the payload plus one.  Garbage is the letter Z.
+// port.  Opcode 300 is answered with each byte of the payload plus one; so are those from 1000 on,
+// but that the payload begins with their opcode and ident.  Garbage is the letter Z.
 class FaultyAgent
 {
 public:
