@@ -98,12 +98,18 @@ int32_t kt_dpa_socket_api(int32_t fd, AgentRequest *request, uint32_t header_len
     if (!wire::has_request(k_agent, request)) {
         return -1;
     }
+    const bool is_connection = fd == k_connection.get();
     if (apimutex != nullptr) {
         ktdpa_mutex_lock(apimutex);
     }
+    if (is_connection) {
+        // Another thread may have lost or replaced the connection while this one waited; the number
+        // of then may be any other descriptor of the process by now.
+        fd = k_connection.get();
+    }
     if (fd < 0) {
-        // Two threads that both found the connection broken open it one after the other; without
-        // this the first one's descriptor would be forgotten.
+        // A caller that asks for a new connection while there is one: without this the old one's
+        // descriptor would be forgotten.
         k_connection.close_if_open();
     }
     const int32_t result = wire::exchange(k_agent, fd, *request, header_length);

@@ -118,7 +118,8 @@ RUK_EXPORT int32_t kt_platform_open(void);
 RUK_EXPORT int32_t kt_platform_close(int32_t fd);
 
 /*
- * One exchange of request over fd (negative: open the connection anew), sending the first
+ * One exchange of request over fd (negative: open the connection anew; kt_dpa_call_fd: the
+ * connection as it is when the exchange's turn comes), sending the first
  * header_length bytes of the record, 56 from every caller.  Returns 0 and the service's answer
  * in request->status and in the caller's buffers, or -1 with request->status 1; after a failed
  * transfer kt_dpa_call_fd is closed and -1, and the next exchange connects anew.  A peer that

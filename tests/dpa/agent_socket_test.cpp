@@ -5,6 +5,7 @@
 #include <atomic>
 #include <cerrno>
 #include <cstdlib>
+#include <fstream>
 #include <optional>
 #include <pthread.h>
 #include <sys/stat.h>
@@ -513,6 +514,53 @@ TEST_F(AgentSocket, an_exchange_waits_for_the_lock)
     waiting.join();
     EXPECT_EQ(status, 5);
     EXPECT_EQ(peer.received().size(), 56U);
+    EXPECT_EQ(exit_output(), "");
+}
+
+// Until this process's thread of that number sleeps.
+bool is_waiting(pid_t thread)
+{
+    std::ifstream stat("/proc/self/task/" + std::to_string(thread) + "/stat");
+    std::string line;
+    return std::getline(stat, line) && line.find(") S ") != std::string::npos;
+}
+
+// The connection of before may be gone by the time that an exchange has the lock, and its number
+// stand for something else of the process.
+TEST_F(AgentSocket, an_exchange_that_waited_uses_the_connection_of_now)
+{
+    const Listener listener(k_agent_path);
+    ASSERT_EQ(kt_dpa_api_init(), 0);
+    listener.accept().hang_up();
+    ASSERT_EQ(ktdpa_mutex_lock(apimutex), 0);
+    std::atomic<pid_t> thread{0};
+    std::atomic<int32_t> status{-1};
+    std::thread waiting([&] {
+        thread = gettid();
+        status = probe();
+    });
+    EXPECT_TRUE(eventually([&] { return thread != 0 && is_waiting(thread); }));
+
+    // As an exchange does that fails meanwhile; then the number is given to another socket.
+    const int32_t number = kt_dpa_call_fd;
+    __atomic_store_n(&kt_dpa_call_fd, -1, __ATOMIC_RELAXED);
+    ruk_test::Pair other;
+    ASSERT_EQ(dup2(other.client(), number), number);
+    other.peer().reply(reply(9)); // or the exchange would wait for ever
+    std::thread answering([&] {
+        if (eventually([&] { return listener.has_connection(); }, std::chrono::seconds(2))) {
+            const Peer peer = listener.accept();
+            peer.reply(reply(5));
+            EXPECT_TRUE(eventually([&] { return peer.received().size() == 56; }));
+        }
+    });
+    ASSERT_EQ(ktdpa_mutex_unlock(apimutex), 0);
+    waiting.join();
+    answering.join();
+    EXPECT_EQ(status, 5);
+    EXPECT_EQ(other.peer().received(), "");
+    EXPECT_TRUE(is_open(number));
+    close(number);
     EXPECT_EQ(exit_output(), "");
 }
 
