@@ -6,9 +6,9 @@
 
 #include "tests/dpa/peer.h"
 #include "tests/faults/matrix.h"
+#include "tests/faults/texts.h"
 #include "tests/faults/tool_process.h"
 #include "tests/support/help_text.h"
-#include "tests/support/log_records.h"
 #include "tests/support/scripted_agent.h"
 
 namespace
@@ -19,44 +19,8 @@ using namespace ruk_test;
 // What a failed attempt to connect prints stands here in the expected texts.
 const std::string k_open = "{open}";
 
-const std::string k_header = k_entry_header;
-const std::string k_7 = "Sep 13 12:26:40.000042        7  2   3   1   Error seven\n";
-const std::string k_8 = "Sep 13 12:27:41.999999        8 11  12  16   Debug eight\n";
-const std::string k_9 = "Sep 13 12:28:42.000001        9  0   3   4 Warning nine\n";
-const std::string k_garbage_entry =
-    "Jan 13 19:13:30.1515870810 6510615555426900570 23130 1515870810 23130         " +
-    std::string(127, 'Z') + "\n";
-
-const std::string k_info = "          Enabled: Yes\n"
-                           "    Total Entries: 9\n"
-                           "  Wrapped Entries: 3\n"
-                           "     Lost Entries: 0\n"
-                           "  Skipped Entries: 0\n"
-                           "Available Entries: 2\n"
-                           " Stop After Entry: Not Specified\n";
-const std::string k_garbage_info = "          Enabled: Yes\n"
-                                   "    Total Entries: 6510615555426900570\n"
-                                   "  Wrapped Entries: 6510615555426900570\n"
-                                   "     Lost Entries: 6510615555426900570\n"
-                                   "  Skipped Entries: 6510615555426900570\n"
-                                   "Available Entries: 1515870810\n"
-                                   " Stop After Entry: 6510615555426900570\n";
-const std::string k_no_info = "Can't get log info\n";
-
-const std::string k_flow = "                flow      ENWIDTPL (255)      ENW    L (135)\n";
-const std::string k_port = "                port      ENWID    ( 31)      E        (  1)\n";
-const std::string k_garbage_module =
-    "ZZZZZZZZZZZZZZZZZZZZZZZZZZZZZZZZ       N ID P  (1515870810)       N ID P  (1515870810)\n";
-
-const std::string k_no_suspend = "Could not suspend log\n";
-const std::string k_no_resume = "Could not resume log\n";
-const std::string k_will_suspend = "Will suspend log after next 0 entries\n";
-
 // A round of show tail that finds no Agent at all: hold, entry, release.
 const std::string k_dead_round = k_open + k_no_suspend + k_open + k_open + k_no_resume;
-const std::string k_press = "Press control-C to interrupt this command.\n" + k_header;
-const std::string k_789 = k_7 + k_8 + k_9;
-
 const std::string k_none = "none"; // no text: nothing connects after that exchange
 
 // One exchange of a command, counted from the version probe, which is 0, and what the command
