@@ -45,6 +45,7 @@ struct Account {
     int allocations[2];
     Block blocks[k_most_blocks];
     int block_count;
+    void *latest;
 };
 thread_local Account account;
 
@@ -74,6 +75,7 @@ void *entered(void *block, Owner owner)
 {
     if (account.is_open && block != nullptr && account.block_count < k_most_blocks) {
         account.blocks[account.block_count++] = {block, owner};
+        account.latest = owner == Owner::product ? block : account.latest;
     }
     return block;
 }
@@ -158,6 +160,11 @@ int Heap::held(Owner owner) const
         count += account.blocks[i].owner == owner ? 1 : 0;
     }
     return count;
+}
+
+void *Heap::latest()
+{
+    return account.latest;
 }
 
 bool Heap::sees_library()

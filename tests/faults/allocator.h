@@ -26,6 +26,9 @@ public:
     // Blocks allocated since it was made and not freed.
     int held(Owner owner) const;
 
+    // The product's block that was asked for last, under whichever Heap.
+    static void *latest();
+
     // Whether the C library's allocations are seen.
     static bool sees_library();
 };
