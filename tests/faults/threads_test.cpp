@@ -6,7 +6,6 @@
 #include <atomic>
 #include <csignal>
 #include <cstdlib>
-#include <mutex>
 #include <new>
 #include <sys/mman.h>
 #include <sys/prctl.h>
@@ -16,6 +15,7 @@
 #include <vector>
 
 #include "tests/dpa/peer.h"
+#include "tests/faults/distinct_exchange.h"
 #include "tests/faults/faulty_agent.h"
 #include "tests/support/capture.h"
 #include "tests/support/eventually.h"
@@ -93,59 +93,20 @@ private:
     pid_t pid_;
 };
 
-// A request of its own for each exchange, and whether a reply is the answer to it.
-struct Exchange {
-    uint16_t opcode;
-    int32_t ident;
-    std::string payload;
-
-    Exchange(int thread, int round)
-        : opcode(static_cast<uint16_t>(1000 + thread)), ident(1000000 * thread + round),
-          payload(round % 50 == 0 ? 5000 : 6 + static_cast<size_t>(round) % 70,
-                  static_cast<char>('a' + (thread + round) % 20))
-    {
-    }
-
-    bool is_answered_by(const std::string &reply) const
-    {
-        std::string expected(payload.size(), static_cast<char>(payload[0] + 1));
-        memcpy(&expected[0], &opcode, sizeof opcode);
-        memcpy(&expected[2], &ident, sizeof ident);
-        return reply == expected;
-    }
-};
-
-using Call = int32_t (*)(uint16_t, int32_t, uint8_t, void *, uint32_t, const uint32_t *);
-
-struct Tally {
-    std::atomic<int> right{0};
-    std::atomic<int> failed{0};
-    std::atomic<int> wrong_status{0};
-    std::atomic<int> wrong_reply{0};
-};
-
 // Makes each exchange until it succeeds.
-void exchange_all(const Call call, int thread, int rounds, Tally &tally)
+void exchange_all(CallForm call, int thread, int rounds, Tally &tally)
 {
     for (int round = 0; round < rounds; ++round) {
-        const Exchange exchange(thread, round);
+        const DistinctExchange exchange(thread, round);
         for (int32_t status = 1; status == 1;) {
             std::string buffer = exchange.payload;
-            status = call(exchange.opcode, exchange.ident, 0x01, buffer.data(),
-                          static_cast<uint32_t>(buffer.size()), nullptr);
-            if (status == 1) {
-                ++tally.failed;
-                tally.wrong_reply += buffer == exchange.payload ? 0 : 1;
-            } else if (status == 0) {
-                ++(exchange.is_answered_by(buffer) ? tally.right : tally.wrong_reply);
-            } else {
-                ++tally.wrong_status;
-            }
+            status = exchange.make(call, buffer);
+            tally.add(exchange, status, buffer);
         }
     }
 }
 
-void run_threads(const char *name, const Call call, const Restarter &agent)
+void run_threads(const char *name, CallForm call, const Restarter &agent)
 {
     const int rounds = exchanges() / k_threads;
     Tally tally;
@@ -165,7 +126,7 @@ void run_threads(const char *name, const Call call, const Restarter &agent)
            tally.right.load(), tally.failed.load(), agent.starts());
 }
 
-int32_t probe(const Call call)
+int32_t probe(CallForm call)
 {
     return call(63, 0, 0x01, nullptr, 0, nullptr);
 }
@@ -190,16 +151,6 @@ TEST(threads, share_the_connection_to_an_agent_that_restarts)
     EXPECT_EQ(open_descriptors(), descriptors);
 }
 
-// The command service's client has no lock; its callers see to it that they take turns.
-std::mutex turns;
-
-int32_t call_in_turn(uint16_t opcode, int32_t ident, uint8_t flags, void *buffer, uint32_t size,
-                     const uint32_t *count)
-{
-    const std::lock_guard turn(turns);
-    return kt_rukcmd_call_indirect1(opcode, ident, flags, buffer, size, count);
-}
-
 TEST(threads, take_turns_on_the_connection_to_a_command_service_that_restarts)
 {
     if (!is_free(k_command_path)) {
@@ -209,10 +160,10 @@ TEST(threads, take_turns_on_the_connection_to_a_command_service_that_restarts)
     const WordSetting quiet(kt_debug_print_ktrukcmd_indirect, 0x86);
     {
         const Restarter service(k_command_path);
-        run_threads("command service", call_in_turn, service);
+        run_threads("command service", call_service_in_turn, service);
         service.settle();
-        probe(call_in_turn);
-        EXPECT_EQ(probe(call_in_turn), 0);
+        probe(call_service_in_turn);
+        EXPECT_EQ(probe(call_service_in_turn), 0);
         EXPECT_EQ(dpa_platform_close(), 0);
     }
     EXPECT_EQ(open_descriptors(), descriptors);
