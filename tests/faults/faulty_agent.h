@@ -1,4 +1,4 @@
-// An Agent in a process of its own that serves a small log and does one thing wrong, once.
+// An Agent in a process of its own that does one thing wrong, once.
 #pragma once
 
 #include <cstdint>
@@ -42,9 +42,7 @@ struct Play {
     Fault_kind kind;
 };
 
-// It serves requests of the log service: entries 7, 8 and, from request 20 on, 9; modules flow and
-// port.  Opcode 300 is answered with each byte of the payload plus one; so are those from 1000 on,
-// but that the payload begins with their opcode and ident.  Garbage is the letter Z.
+// It serves the log of small_log.h.  Garbage is the letter Z.
 class FaultyAgent
 {
 public:
