@@ -1,7 +1,9 @@
 // Keeps an interruption from leaving the log stopped.
 #include "rukcmd/interruption.h"
 
+#include <cerrno>
 #include <csignal>
+#include <ctime>
 
 namespace
 {
@@ -16,7 +18,27 @@ GuardedSignal guarded[] = {
     {SIGINT, 0, {}}, {SIGTERM, 0, {}}, {SIGHUP, 0, {}}, {SIGQUIT, 0, {}}, {SIGPIPE, 0, {}},
 };
 
-volatile sig_atomic_t noted = 0;
+volatile sig_atomic_t noted = 0;   // the first signal
+volatile sig_atomic_t waiting = 0; // one that came within the first one's grace
+
+// The grace's end comes as a signal of its timer, of any number that the guard catches.
+constexpr timespec k_grace{.tv_sec = 0, .tv_nsec = 40'000'000};
+timer_t grace_timer;
+int grace_signal = 0; // 0: there is no timer
+
+void raise_once(volatile sig_atomic_t &signal)
+{
+    const int number = signal;
+    signal = 0;
+    if (number != 0) {
+        raise(number);
+    }
+}
+
+bool is_end_of_grace(const siginfo_t &info)
+{
+    return info.si_code == SI_TIMER && info.si_value.sival_ptr == &grace_timer;
+}
 
 // Called by the handler too: nothing but sigaction.  Each disposition is put back once: what the
 // host's own handler changes from then on is the host's.
@@ -30,10 +52,63 @@ void restore_former()
     }
 }
 
-void note(int number)
+void create_grace(int number)
 {
-    noted = number;
-    restore_former();
+    struct sigevent event {
+    };
+    event.sigev_notify = SIGEV_SIGNAL;
+    event.sigev_signo = number;
+    event.sigev_value.sival_ptr = &grace_timer;
+    grace_signal = timer_create(CLOCK_MONOTONIC, &event, &grace_timer) == 0 ? number : 0;
+}
+
+// Called by the handler.  False where timers are refused.
+bool start_grace()
+{
+    const itimerspec once{.it_interval = {}, .it_value = k_grace};
+    return grace_signal != 0 && timer_settime(grace_timer, 0, &once, nullptr) == 0;
+}
+
+// Called with the signals blocked, and takes back an end of the grace that waits to be delivered.
+void remove_grace()
+{
+    if (grace_signal == 0) {
+        return;
+    }
+    timer_delete(grace_timer);
+    sigset_t signals;
+    sigemptyset(&signals);
+    sigaddset(&signals, grace_signal);
+    siginfo_t info;
+    const timespec no_wait{};
+    if (sigtimedwait(&signals, &info, &no_wait) == grace_signal && !is_end_of_grace(info)) {
+        raise(grace_signal);
+    }
+    grace_signal = 0;
+}
+
+void take_signal(int number, const siginfo_t &info)
+{
+    if (is_end_of_grace(info)) {
+        if (noted != 0) {
+            restore_former();
+            raise_once(waiting);
+        }
+    } else if (noted != 0) {
+        waiting = number;
+    } else {
+        noted = number;
+        if (!start_grace()) {
+            restore_former();
+        }
+    }
+}
+
+void handle(int number, siginfo_t *info, void *)
+{
+    const int error = errno;
+    take_signal(number, *info);
+    errno = error;
 }
 
 // Keeps every signal waiting while the dispositions of the guarded ones change.
@@ -54,13 +129,41 @@ private:
     sigset_t former_;
 };
 
+// A suspended tool would keep the log stopped until someone continues it.
+bool suspension_waits = false;
+
+sigset_t suspension()
+{
+    sigset_t signals;
+    sigemptyset(&signals);
+    sigaddset(&signals, SIGTSTP);
+    return signals;
+}
+
+void put_suspension_off()
+{
+    const sigset_t signals = suspension();
+    sigset_t former;
+    pthread_sigmask(SIG_BLOCK, &signals, &former);
+    suspension_waits = sigismember(&former, SIGTSTP) == 0;
+}
+
+void allow_suspension()
+{
+    if (suspension_waits) {
+        suspension_waits = false;
+        const sigset_t signals = suspension();
+        pthread_sigmask(SIG_UNBLOCK, &signals, nullptr);
+    }
+}
+
 void install(const GuardedSignal &signal, bool restarts)
 {
     struct sigaction action {
     };
-    action.sa_handler = note;
-    action.sa_flags = restarts ? SA_RESTART : 0;
-    // The first signal is noted whole before a second one acts.
+    action.sa_sigaction = handle;
+    action.sa_flags = SA_SIGINFO | (restarts ? SA_RESTART : 0);
+    // One signal is taken whole before the next.
     sigfillset(&action.sa_mask);
     sigaction(signal.number, &action, nullptr);
 }
@@ -76,14 +179,30 @@ void catch_signal(GuardedSignal &signal, bool restarts)
     }
 }
 
+// The first guarded signal that is caught, 0 when each is ignored.
+int any_caught()
+{
+    for (const GuardedSignal &signal : guarded) {
+        if (signal.caught != 0) {
+            return signal.number;
+        }
+    }
+    return 0;
+}
+
 } // namespace
 
 InterruptionGuard::InterruptionGuard()
 {
+    put_suspension_off();
     const SignalsBlocked blocked;
     noted = 0;
+    waiting = 0;
     for (GuardedSignal &signal : guarded) {
         catch_signal(signal, restarts_);
+    }
+    if (const int number = any_caught(); number != 0) {
+        create_grace(number);
     }
 }
 
@@ -113,10 +232,12 @@ void InterruptionGuard::restart_calls(bool restarts)
 
 void InterruptionGuard::end()
 {
-    restore_former();
-    const int number = noted;
-    noted = 0;
-    if (number != 0) {
-        raise(number);
+    {
+        const SignalsBlocked blocked;
+        remove_grace();
+        restore_former();
     }
+    raise_once(noted);
+    raise_once(waiting);
+    allow_suspension();
 }

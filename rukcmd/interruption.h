@@ -1,10 +1,12 @@
 // Keeps an interruption from leaving the log stopped.
 //
 // From its construction on, the first of SIGINT, SIGTERM, SIGHUP, SIGQUIT and SIGPIPE is only
-// noted, so that a read-out can see it between two entries and release the log.  A second one acts
-// as it would have before, since an Agent that has stalled must not make the tool unkillable.  When
-// the guard ends, the former dispositions are back and the noted signal is raised again.  A signal
-// that was ignored stays ignored.
+// noted, so that a read-out can see it between two entries and release the log.  Signals often come
+// in pairs (a shell and the terminal both hang up, timeout signals the process and its group), so
+// the first one has a grace of 40 ms in which further ones wait.  After that the former
+// dispositions are back and a second signal acts, since an Agent that has stalled must not make the
+// tool unkillable.  When the guard ends, the noted signal is raised again.  A signal that was
+// ignored stays ignored.  SIGTSTP waits until the guard ends.
 #pragma once
 
 class InterruptionGuard

@@ -4,7 +4,10 @@
 
 #include <atomic>
 #include <csignal>
+#include <fstream>
 #include <future>
+#include <sys/resource.h>
+#include <sys/wait.h>
 #include <unistd.h>
 
 #include "ruk/agent.h"
@@ -38,7 +41,25 @@ public:
         kill(pid_, number);
     }
 
+    // Returns once the process has taken the signal.
+    void deliver_signal(int number) const
+    {
+        send_signal(number);
+        EXPECT_TRUE(eventually([&] { return !has_pending(number); }));
+    }
+
 private:
+    bool has_pending(int number) const
+    {
+        std::ifstream status("/proc/" + std::to_string(pid_) + "/status");
+        for (std::string line; std::getline(status, line);) {
+            if (line.starts_with("ShdPnd:")) {
+                return (std::stoull(line.substr(7), nullptr, 16) >> (number - 1) & 1) != 0;
+            }
+        }
+        return false;
+    }
+
     std::atomic<pid_t> pid_{0};
 };
 
@@ -195,6 +216,82 @@ TEST_F(read_out, ends_at_once_by_a_second_signal_of_another_kind)
     tool.send_signal(SIGINT);
     EXPECT_EQ(tool.wait().signal, SIGINT);
     end_of_stall.set_value();
+}
+
+// Whoever ends a tool often does it twice: timeout signals the process and then its group, a shell
+// hands on the hangup that the terminal has sent.
+TEST_F(read_out, releases_the_log_between_two_signals_in_a_row)
+{
+    using Clock = std::chrono::steady_clock;
+    const std::pair<int, int> pairs[] = {
+        {SIGTERM, SIGTERM}, {SIGHUP, SIGHUP}, {SIGINT, SIGTERM}, {SIGTERM, SIGINT}};
+    for (const auto &[first, second] : pairs) {
+        SCOPED_TRACE(std::to_string(first) + " " + std::to_string(second));
+        // The pair only counts as one within 40 ms, which a busy host may have let pass.
+        for (auto taken = Clock::duration::max(); taken > std::chrono::milliseconds(20);) {
+            FakeLog log;
+            log.add_events(0, 99);
+            log.set_enabled(true);
+            Target target;
+            Clock::time_point begun;
+            const ScriptedAgent agent(serve_and_at(log, 2, [&, one = first, other = second] {
+                begun = Clock::now();
+                target.deliver_signal(one);
+                target.deliver_signal(other);
+            }));
+            Forked tool([] { run_command("show all"); });
+            target.set(tool);
+            const Forked::End end = tool.wait();
+            taken = Clock::now() - begun;
+            if (taken <= std::chrono::milliseconds(20)) {
+                EXPECT_EQ(end.signal, first);
+                EXPECT_EQ(opcodes_of(agent), (Opcodes{"236/2", "234/0", "234/0", "236/3"}));
+                EXPECT_TRUE(log.is_enabled());
+            }
+        }
+    }
+}
+
+// Each timer takes a place in the queue of signals, and there are none.
+TEST_F(read_out, releases_the_log_where_timers_are_refused)
+{
+    FakeLog log;
+    log.add_events(0, 99);
+    log.set_enabled(true);
+    Target target;
+    const ScriptedAgent agent(serve_and_at(log, 2, [&] { target.send_signal(SIGINT); }));
+    Forked tool([] {
+        const rlimit none{0, 0};
+        setrlimit(RLIMIT_SIGPENDING, &none);
+        run_command("show all");
+    });
+    target.set(tool);
+    EXPECT_EQ(tool.wait().signal, SIGINT);
+    EXPECT_EQ(opcodes_of(agent), (Opcodes{"236/2", "234/0", "234/0", "236/3"}));
+    EXPECT_TRUE(log.is_enabled());
+}
+
+TEST_F(read_out, is_suspended_after_the_release)
+{
+    FakeLog log;
+    log.add_events(0, 9);
+    log.set_enabled(true);
+    Target target;
+    const ScriptedAgent agent(serve_and_at(log, 2, [&] { target.send_signal(SIGTSTP); }));
+    Forked tool([] {
+        setpgid(0, 0); // what control-Z suspends is a job of its shell
+        run_command("show all");
+    });
+    target.set(tool);
+    siginfo_t info{};
+    ASSERT_EQ(waitid(P_PID, static_cast<id_t>(tool.pid()), &info, WEXITED | WSTOPPED | WNOWAIT), 0);
+    EXPECT_EQ(info.si_code, CLD_STOPPED);
+    EXPECT_EQ(opcodes_of(agent).back(), "236/3");
+    EXPECT_TRUE(log.is_enabled());
+    tool.send_signal(SIGCONT);
+    const Forked::End end = tool.wait();
+    EXPECT_EQ(end.exit_status, 0);
+    EXPECT_EQ(end.out, k_entry_header + numbered_lines(0, 9));
 }
 
 TEST_F(read_out, lets_ignored_signals_be_ignored)
