@@ -6,6 +6,8 @@
 #include <cerrno>
 #include <poll.h>
 #include <sys/socket.h>
+#include <tuple>
+#include <unordered_map>
 
 #include "agentsim/event.h"
 
@@ -17,6 +19,9 @@ namespace
 
 // Connections accepted before clients get their turn.
 constexpr int k_accept_batch = 8;
+
+// Fewer connections of a process are none too many.
+constexpr int k_smallest_crowd = 8;
 
 // How long accepting rests when the host is out of descriptors.
 constexpr int64_t k_accept_rest = 100'000'000;
@@ -30,6 +35,15 @@ const timespec *wait_until(int64_t due, int64_t now, timespec &storage)
     const int64_t wait = std::max<int64_t>(due - now, 0);
     storage = {.tv_sec = wait / k_nanoseconds, .tv_nsec = wait % k_nanoseconds};
     return &storage;
+}
+
+// The process that made the connection, 0 when the host does not say.
+pid_t process_of(int fd)
+{
+    ucred credentials{};
+    socklen_t size = sizeof credentials;
+    const int result = getsockopt(fd, SOL_SOCKET, SO_PEERCRED, &credentials, &size);
+    return result == 0 ? credentials.pid : 0;
 }
 
 } // namespace
@@ -103,36 +117,52 @@ bool Server::run()
     }
 }
 
+Server::Peer::Peer(UniqueFd socket, LogService &service, int64_t now)
+    : fd(std::move(socket)), connection(service), owner(process_of(fd.get())), active(now)
+{
+}
+
 void Server::accept_some(int64_t now)
 {
     for (int i = 0; i < k_accept_batch; ++i) {
         UniqueFd fd(accept4(listener_, nullptr, nullptr, SOCK_NONBLOCK | SOCK_CLOEXEC));
-        if (fd && make_room()) {
-            peers_.push_back(std::make_unique<Peer>(std::move(fd), service_));
-            peers_.back()->active = now;
-        } else if (!fd && errno != ECONNABORTED && errno != EINTR) {
+        if (fd) {
+            peers_.push_back(std::make_unique<Peer>(std::move(fd), service_, now));
+            if (peers_.size() > k_connection_limit) {
+                peers_.erase(most_expendable());
+            }
+        } else if (!(errno == EMFILE && make_room()) && errno != ECONNABORTED && errno != EINTR) {
             accepting_ = errno == EAGAIN;
             return;
         }
     }
 }
 
-// Idle connections must not keep the others out.  False: every one holds the log.
+// Who opens many connections competes with himself for them and not with the others.  The one just
+// accepted is a candidate, too.
+Server::Peers::iterator Server::most_expendable()
+{
+    std::unordered_map<pid_t, int> crowds;
+    for (const auto &peer : peers_) {
+        ++crowds[peer->owner];
+    }
+    const auto rank = [&crowds](const std::unique_ptr<Peer> &peer) {
+        const int crowd = std::max(crowds[peer->owner], k_smallest_crowd);
+        return std::tuple(-crowd, peer->connection.holds(), peer->active);
+    };
+    return std::min_element(peers_.begin(), peers_.end(),
+                            [&rank](const auto &a, const auto &b) { return rank(a) < rank(b); });
+}
+
+// Where the process is out of descriptors before the limit is reached, idle connections must not
+// keep the others out.  False: who waits has to go on waiting.
 bool Server::make_room()
 {
-    if (peers_.size() < k_connection_limit) {
-        return true;
-    }
-    // Those that hold the log come last.
-    const auto idlest =
-        std::min_element(peers_.begin(), peers_.end(), [](const auto &a, const auto &b) {
-            return std::pair(a->connection.holds(), a->active) <
-                   std::pair(b->connection.holds(), b->active);
-        });
-    if ((*idlest)->connection.holds()) {
+    const auto peer = most_expendable();
+    if (peer == peers_.end() || (*peer)->connection.holds()) {
         return false;
     }
-    peers_.erase(idlest);
+    peers_.erase(peer);
     return true;
 }
 
@@ -160,7 +190,6 @@ void Server::serve_peers(const Waits &waits)
 // Receives once and sends what there is to answer.  False: the connection has ended.
 bool Server::serve(Peer &peer, int64_t now)
 {
-    peer.active = now;
     Connection &connection = peer.connection;
     if (const auto room = connection.room(); !room.empty()) {
         const ssize_t got = recv(peer.fd.get(), room.data(), room.size(), 0);
@@ -178,6 +207,7 @@ bool Server::serve(Peer &peer, int64_t now)
         if (sent < 0) {
             return errno == EAGAIN || errno == EINTR;
         }
+        peer.active = now;
         if (!connection.sent(static_cast<size_t>(sent))) {
             return false;
         }

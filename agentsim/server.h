@@ -14,8 +14,9 @@ namespace agentsim
 class Server
 {
 public:
-    // Connections served at a time; for a further one that which has been idle longest is closed,
-    // unless it holds the log.
+    // Connections served at a time.  For a further one another is closed: of the process that has
+    // the most, that whose last answer is longest ago; one that holds the log only when each of
+    // them does.
     static constexpr size_t k_connection_limit = 128;
 
     // listener and stop are descriptors: a listening socket that does not block, and one that
@@ -28,14 +29,17 @@ public:
 
 private:
     struct Peer {
-        Peer(UniqueFd socket, LogService &service) : fd(std::move(socket)), connection(service) {}
+        Peer(UniqueFd socket, LogService &service, int64_t now);
         UniqueFd fd;
         Connection connection;
-        int64_t active = 0; // when it was last served
+        pid_t owner;
+        int64_t active; // when it last got an answer, or was accepted
     };
+    using Peers = std::vector<std::unique_ptr<Peer>>;
     struct Waits;
 
     void accept_some(int64_t now);
+    Peers::iterator most_expendable();
     bool make_room();
     void collect_events(const Waits &waits);
     void serve_peers(const Waits &waits);
@@ -45,7 +49,7 @@ private:
     int stop_;
     LogService &service_;
     std::vector<std::unique_ptr<EventSource>> sources_;
-    std::vector<std::unique_ptr<Peer>> peers_;
+    Peers peers_;
     bool accepting_ = true; // false for one wait when the host is out of descriptors
 };
 

@@ -1,0 +1,668 @@
+// The program under attack.  Whatever its clients do, a well-behaved one is served right and soon,
+// and the memory and the descriptors that the program takes stay bounded.
+//
+// RUK_SEED repeats a run.
+#include <array>
+#include <atomic>
+#include <chrono>
+#include <csignal>
+#include <fcntl.h>
+#include <fstream>
+#include <functional>
+#include <memory>
+#include <poll.h>
+#include <random>
+#include <sys/prctl.h>
+#include <sys/resource.h>
+#include <sys/stat.h>
+#include <sys/wait.h>
+#include <thread>
+
+#include "tests/agentsim/agent_client.h"
+#include "tests/support/child.h"
+#include "tests/support/eventually.h"
+
+using namespace ruk_test;
+
+namespace
+{
+
+using Clock = std::chrono::steady_clock;
+using std::chrono::milliseconds;
+
+#if defined(__SANITIZE_ADDRESS__)
+constexpr bool k_is_sanitized = true;
+#elif defined(__has_feature)
+constexpr bool k_is_sanitized = __has_feature(address_sanitizer);
+#else
+constexpr bool k_is_sanitized = false;
+#endif
+
+// 128 connections with the longest request each, and the program itself.  AddressSanitizer keeps
+// what was freed for a while.
+constexpr long k_most_kilobytes = k_is_sanitized ? 800 * 1024 : 144 * 1024;
+
+// Connections, the listener, the stop descriptor, the standard streams.
+constexpr size_t k_most_descriptors = 128 + 8;
+
+// Far more than any answer takes, and far less than waiting for an attacker would.
+constexpr milliseconds k_longest_answer{2000};
+
+// From a client's death until the log takes events again.
+constexpr milliseconds k_longest_hold{1000};
+
+constexpr uint64_t k_entries = 5000;
+
+double in_ms(Clock::duration time)
+{
+    return std::chrono::duration<double, std::milli>(time).count();
+}
+
+std::mt19937_64 &generator()
+{
+    static const unsigned seed = [] {
+        const char *text = getenv("RUK_SEED");
+        const unsigned value = text != nullptr ? static_cast<unsigned>(strtoul(text, nullptr, 10))
+                                               : std::random_device{}();
+        printf("RUK_SEED=%u\n", value);
+        return value;
+    }();
+    static std::mt19937_64 random(seed);
+    return random;
+}
+
+size_t random_number(size_t first, size_t last)
+{
+    return std::uniform_int_distribution<size_t>(first, last)(generator());
+}
+
+// A client as it should be: one connection kept, and now and then a new one.  Every answer is
+// compared with what it must be.
+class WellBehaved
+{
+public:
+    WellBehaved(std::string path, milliseconds pause)
+        : path_(std::move(path)), pause_(pause), thread_([this] { run(); })
+    {
+    }
+    ~WellBehaved() { stop(); }
+    WellBehaved(const WellBehaved &) = delete;
+    WellBehaved &operator=(const WellBehaved &) = delete;
+
+    // Lets it go on until it has made so many more rounds.
+    void make_rounds(int count) const
+    {
+        const int wanted = rounds_ + count;
+        EXPECT_TRUE(eventually([&] { return rounds_ >= wanted || failures_ > 0; }));
+    }
+
+    void expect_well_served(const char *during)
+    {
+        stop();
+        printf("%s: %d rounds of the well-behaved client, longest answer %.1f ms\n", during,
+               rounds_.load(), in_ms(longest_));
+        EXPECT_EQ(failures_, 0) << during << ": " << first_failure_;
+        EXPECT_GT(rounds_, 0) << during;
+        EXPECT_LT(longest_, k_longest_answer) << during;
+    }
+
+private:
+    void run()
+    {
+        const AgentClient kept(path_);
+        expect(kept.connected(), "connects");
+        while (!stopped_ && failures_ == 0) {
+            make_round(kept, "kept connection");
+            if (rounds_ % 4 == 0) {
+                const auto begun = Clock::now();
+                const AgentClient fresh(path_);
+                longest_ = std::max(longest_, Clock::now() - begun);
+                make_round(fresh, "new connection");
+            }
+            ++rounds_;
+            std::this_thread::sleep_for(pause_);
+        }
+    }
+
+    void make_round(const AgentClient &client, const char *which)
+    {
+        uint32_t version = 7;
+        expect(timed_call(client, 63, 0, version) == 0 && version == 7, which);
+        LogInfo info{};
+        expect(timed_call(client, 233, 0, info) == 0 && info.total == k_entries, which);
+        const auto cursor = static_cast<uint64_t>(rounds_ * 37) % (k_entries - 1);
+        LogEntry entry{};
+        entry.entry = cursor;
+        expect(timed_call(client, 234, 0, entry) == 0 && entry.entry == cursor + 1 &&
+                   entry.message[0] == 'l',
+               which);
+        LogModule module{};
+        module.index = 6;
+        expect(timed_call(client, 311, 0, module) == 0 && module.index == 7 &&
+                   std::string_view(module.name) == "flow",
+               which);
+        uint32_t word = 0;
+        expect(timed_call(client, 9999, 0, word) == 4, which);
+    }
+
+    template <typename Record>
+    int32_t timed_call(const AgentClient &client, uint16_t opcode, int32_t ident, Record &record)
+    {
+        const auto begun = Clock::now();
+        const int32_t status = client.call(opcode, ident, record);
+        longest_ = std::max(longest_, Clock::now() - begun);
+        return status;
+    }
+
+    void expect(bool holds, const char *what)
+    {
+        if (!holds && failures_++ == 0) {
+            first_failure_ = std::string(what) + " in round " + std::to_string(rounds_);
+        }
+    }
+
+    void stop()
+    {
+        stopped_ = true;
+        if (thread_.joinable()) {
+            thread_.join();
+        }
+    }
+
+    std::string path_;
+    milliseconds pause_;
+    std::atomic<bool> stopped_ = false;
+    std::atomic<int> rounds_ = 0;
+    std::atomic<int> failures_ = 0;
+    std::string first_failure_;
+    Clock::duration longest_{};
+    std::thread thread_; // last
+};
+
+using Clients = std::vector<std::unique_ptr<AgentClient>>;
+
+// Attackers in a process of their own, with their connections open until they are killed.
+class Attackers
+{
+public:
+    // Returns once action has made the connections.
+    explicit Attackers(const std::function<void(Clients &clients)> &action)
+    {
+        int ready[2];
+        EXPECT_EQ(pipe2(ready, O_CLOEXEC), 0);
+        pid_ = fork();
+        if (pid_ == 0) {
+            prctl(PR_SET_PDEATHSIG, SIGKILL);
+            // The connections of this process would otherwise be the child's, too.
+            const int tell = dup2(ready[1], STDIN_FILENO);
+            close_range(STDERR_FILENO + 1, ~0U, 0);
+            Clients clients;
+            action(clients);
+            (void)!write(tell, "", 1);
+            pause();
+            _exit(0);
+        }
+        close(ready[1]);
+        char byte;
+        EXPECT_EQ(read(ready[0], &byte, 1), 1);
+        close(ready[0]);
+    }
+    ~Attackers()
+    {
+        kill_them();
+        waitpid(pid_, nullptr, 0);
+    }
+    Attackers(const Attackers &) = delete;
+    Attackers &operator=(const Attackers &) = delete;
+
+    void kill_them() const { kill(pid_, SIGKILL); }
+
+private:
+    pid_t pid_;
+};
+
+class Attack : public testing::Test
+{
+protected:
+    static void SetUpTestSuite()
+    {
+        // The thousand connections are this process's.
+        rlimit limit{};
+        getrlimit(RLIMIT_NOFILE, &limit);
+        limit.rlim_cur = std::min<rlim_t>(limit.rlim_max, 4096);
+        setrlimit(RLIMIT_NOFILE, &limit);
+    }
+
+    TemporaryFolder folder_;
+    std::string path_ = folder_.file("socket");
+
+    std::unique_ptr<Child> serve(const std::vector<std::string> &more) const
+    {
+        std::vector<std::string> arguments = {RUK_AGENTSIM, "--socket", path_};
+        arguments.insert(arguments.end(), more.begin(), more.end());
+        auto agent = std::make_unique<Child>(arguments);
+        EXPECT_TRUE(agent->wait_for_output("\n"));
+        return agent;
+    }
+
+    // A log of k_entries lines, all alike.
+    std::unique_ptr<Child> serve_lines() const
+    {
+        std::ofstream feed(folder_.file("feed"));
+        for (uint64_t i = 0; i < k_entries; ++i) {
+            feed << "line\n";
+        }
+        feed.close();
+        return serve({"--feed", folder_.file("feed")});
+    }
+
+    static long kilobytes(const Child &agent, const std::string &what)
+    {
+        std::ifstream status("/proc/" + std::to_string(agent.pid()) + "/status");
+        for (std::string line; std::getline(status, line);) {
+            if (line.starts_with(what + ":")) {
+                return std::stol(line.substr(what.size() + 1));
+            }
+        }
+        ADD_FAILURE() << "no " << what;
+        return 0;
+    }
+
+    static size_t descriptors(const Child &agent)
+    {
+        const std::filesystem::directory_iterator folder("/proc/" + std::to_string(agent.pid()) +
+                                                         "/fd");
+        return static_cast<size_t>(std::distance(begin(folder), end(folder)));
+    }
+
+    static void expect_bounded(const Child &agent, const char *when)
+    {
+        printf("%s: VmRSS %ld kB, VmHWM %ld kB, %zu descriptors\n", when, kilobytes(agent, "VmRSS"),
+               kilobytes(agent, "VmHWM"), descriptors(agent));
+        EXPECT_LE(kilobytes(agent, "VmHWM"), k_most_kilobytes) << when;
+        EXPECT_LE(descriptors(agent), k_most_descriptors) << when;
+    }
+
+    // What attackers took is given back once they have gone.
+    static void expect_recovered(Child &agent, size_t descriptors_before, const char *when)
+    {
+        EXPECT_TRUE(eventually([&] { return descriptors(agent) <= descriptors_before; }))
+            << descriptors(agent);
+        expect_bounded(agent, when);
+        agent.send_signal(SIGTERM);
+        const Outcome outcome = agent.wait(std::chrono::seconds(10));
+        EXPECT_EQ(outcome.exit_status, 0) << outcome.err;
+        EXPECT_EQ(outcome.err, "");
+    }
+
+    // So many connections, each with bytes sent.
+    std::unique_ptr<Attackers> crowd(size_t count, const std::string &bytes = "") const
+    {
+        return std::make_unique<Attackers>([&](Clients &clients) {
+            for (size_t i = 0; i < count; ++i) {
+                clients.push_back(std::make_unique<AgentClient>(path_));
+                clients.back()->send_bytes(bytes);
+            }
+        });
+    }
+};
+
+// A whole request: the next entry after the cursor in its payload.
+std::string entry_request()
+{
+    return bytes_of(request_of(234, 0, 152)) + std::string(152, '\0');
+}
+
+} // namespace
+
+TEST_F(Attack, of_a_thousand_connections)
+{
+    const auto agent = serve_lines();
+    const size_t before = descriptors(*agent);
+    expect_bounded(*agent, "before");
+    const std::string whole = entry_request();
+    const std::string waves[] = {"", whole.substr(0, 1), whole.substr(0, 56), whole, whole + whole};
+    for (const milliseconds pause : {milliseconds(0), milliseconds(20)}) {
+        WellBehaved client(path_, pause);
+        client.make_rounds(1);
+        for (const std::string &bytes : waves) {
+            const auto attackers = crowd(1000, bytes);
+            client.make_rounds(20);
+            EXPECT_LE(descriptors(*agent), k_most_descriptors);
+        }
+        client.expect_well_served("a thousand connections");
+    }
+    expect_recovered(*agent, before, "after a thousand connections");
+}
+
+// Each from a process of its own.
+TEST_F(Attack, of_connections_of_many_processes)
+{
+    const auto agent = serve_lines();
+    const size_t before = descriptors(*agent);
+    WellBehaved client(path_, milliseconds(1));
+    client.make_rounds(1);
+    std::vector<std::unique_ptr<Attackers>> many;
+    for (int i = 0; i < 200; ++i) {
+        many.push_back(crowd(1, i % 2 == 0 ? "" : entry_request()));
+    }
+    client.make_rounds(20);
+    client.expect_well_served("connections of many processes");
+    EXPECT_GE(descriptors(*agent), before + 120);
+    many.clear();
+    expect_recovered(*agent, before, "after connections of many processes");
+}
+
+// Who holds the log on every connection keeps none of the others out.
+TEST_F(Attack, of_a_thousand_holds)
+{
+    const auto agent = serve_lines();
+    const size_t before = descriptors(*agent);
+    uint64_t value = 0;
+    const auto attackers =
+        crowd(1000, bytes_of(request_of(236, 5, sizeof value)) + bytes_of(value));
+    WellBehaved client(path_, milliseconds(1));
+    client.make_rounds(20);
+    client.expect_well_served("a thousand holds");
+    attackers->kill_them();
+    expect_recovered(*agent, before, "after a thousand holds");
+}
+
+TEST_F(Attack, by_torn_requests)
+{
+    const auto agent = serve_lines();
+    const size_t before = descriptors(*agent);
+    WellBehaved client(path_, milliseconds(1));
+    const std::string whole = entry_request();
+    const Attackers torn([&](Clients &clients) {
+        for (size_t length = 0; length < whole.size(); ++length) {
+            for (const int how : std::array<int, 4>{-1, SHUT_WR, SHUT_RD, SHUT_RDWR}) {
+                clients.push_back(std::make_unique<AgentClient>(path_));
+                clients.back()->send_bytes(whole.substr(0, length));
+                if (how >= 0) {
+                    shutdown(clients.back()->fd(), how);
+                }
+                if (length % 2 == 0) {
+                    clients.back()->disconnect();
+                }
+            }
+        }
+    });
+    client.make_rounds(20);
+    client.expect_well_served("torn requests");
+    torn.kill_them();
+    expect_recovered(*agent, before, "after torn requests");
+}
+
+namespace
+{
+
+// The fields that say a request's length, by their place in it.
+constexpr size_t k_size_fields[] = {16, 20, 24, 28, 32, 36};
+constexpr uint32_t k_extremes[] = {0,       1,          55,         56,         65535,     65536,
+                                   1048520, 0x7FFFFFFF, 0x80000000, 0xFFFFFFC8, 0xFFFFFFFF};
+
+uint32_t field(const std::string &header, size_t offset)
+{
+    return record_of<uint32_t>(header, offset);
+}
+
+// The length by the declared widths: sums and products of 32 bits, and more than 1 MiB ends the
+// connection.  Buffer 2 counts only when its flag is set.
+uint64_t request_length(const std::string &header)
+{
+    const uint32_t one = field(header, 32) * field(header, 24) + field(header, 16);
+    const uint32_t two = field(header, 36) * field(header, 28) + field(header, 20);
+    return uint64_t{56} + one + ((header[4] & 0x08) != 0 ? two : 0);
+}
+
+// Sends a header and what it promises, and checks the answer or the end.
+void try_header(const std::string &path, const std::string &header)
+{
+    const AgentClient client(path);
+    const uint64_t length = request_length(header);
+    if (length > 1048576) {
+        client.send_bytes(header);
+        EXPECT_TRUE(client.is_closed());
+        return;
+    }
+    const std::string request = header + std::string(length - header.size(), '\x5A');
+    std::thread sender([&] { client.send_bytes(request); });
+    const std::string answer = client.receive(length);
+    sender.join();
+    ASSERT_EQ(answer.size(), length);
+    EXPECT_NE(record_of<int32_t>(answer, 12), 0);
+    EXPECT_TRUE(answer.substr(0, 12) == request.substr(0, 12));
+    EXPECT_TRUE(answer.substr(16) == request.substr(16));
+}
+
+} // namespace
+
+TEST_F(Attack, by_absurd_lengths)
+{
+    const auto agent = serve_lines();
+    const size_t before = descriptors(*agent);
+    WellBehaved client(path_, milliseconds(1));
+    int tried = 0;
+    for (const char flags : {'\x00', '\x08', '\xFF'}) {
+        for (const size_t first : k_size_fields) {
+            for (const size_t second : k_size_fields) {
+                for (const uint32_t value : k_extremes) {
+                    for (const uint32_t other : {value, 1U, 0xFFFFFFFFU}) {
+                        std::string header = bytes_of(request_of(9999, 0, 0));
+                        header[4] = flags;
+                        header.replace(first, 4, bytes_of(value));
+                        header.replace(second, 4, bytes_of(other));
+                        SCOPED_TRACE(first);
+                        try_header(path_, header);
+                        ASSERT_FALSE(HasFatalFailure());
+                        ++tried;
+                    }
+                }
+            }
+        }
+    }
+    printf("%d absurd headers\n", tried);
+    client.expect_well_served("absurd lengths");
+    expect_recovered(*agent, before, "after absurd lengths");
+}
+
+// Each sends until its socket is full; what it is owed fills the Agent's side.
+TEST_F(Attack, by_clients_that_never_read)
+{
+    const auto agent = serve_lines();
+    const size_t before = descriptors(*agent);
+    WellBehaved client(path_, milliseconds(1));
+    client.make_rounds(1);
+    const std::string request =
+        bytes_of(request_of(9999, 0, 4000)) + std::string(4000, 'n') + entry_request();
+    const Attackers deaf([&](Clients &clients) {
+        for (int i = 0; i < 120; ++i) {
+            clients.push_back(std::make_unique<AgentClient>(path_));
+            fcntl(clients.back()->fd(), F_SETFL, O_NONBLOCK);
+        }
+        // Full for good: as long as there is room anywhere they go on.
+        for (int full = 0; full < 10; ++full) {
+            for (const auto &one : clients) {
+                while (send(one->fd(), request.data(), request.size(), MSG_NOSIGNAL) > 0) {
+                    full = 0;
+                }
+            }
+            std::this_thread::sleep_for(milliseconds(1));
+        }
+    });
+    client.make_rounds(50);
+    client.expect_well_served("clients that never read");
+    EXPECT_TRUE(eventually([&] { return descriptors(*agent) == before + 120; }));
+    expect_bounded(*agent, "while nobody reads");
+    deaf.kill_them();
+    expect_recovered(*agent, before, "after clients that never read");
+}
+
+// The longest requests, each but for its last byte.
+TEST_F(Attack, by_clients_that_never_finish)
+{
+    const auto agent = serve_lines();
+    const size_t before = descriptors(*agent);
+    expect_bounded(*agent, "before");
+    WellBehaved client(path_, milliseconds(1));
+    client.make_rounds(1);
+    const auto lazy =
+        crowd(300, bytes_of(request_of(9999, 0, 1048520)) + std::string(1048519, 'u'));
+    client.make_rounds(20);
+    client.expect_well_served("clients that never finish");
+    expect_bounded(*agent, "while nobody finishes");
+    EXPECT_GT(kilobytes(*agent, "VmRSS"), 100 * 1024);
+    lazy->kill_them();
+    expect_recovered(*agent, before, "after clients that never finish");
+}
+
+TEST_F(Attack, by_ten_million_random_bytes)
+{
+    const auto agent = serve_lines();
+    const size_t before = descriptors(*agent);
+    WellBehaved client(path_, milliseconds(1));
+    client.make_rounds(1);
+    constexpr size_t k_bytes = 10'000'000;
+    Clients open(40);
+    size_t connections = 0;
+    size_t sent = 0;
+    std::string piece;
+    while (sent < k_bytes) {
+        auto &one = open[random_number(0, open.size() - 1)];
+        if (one == nullptr || random_number(0, 9) == 0) {
+            one = std::make_unique<AgentClient>(path_);
+            ++connections;
+            // Half of them get random bytes where a record belongs; its opcode changes nothing.
+            if (random_number(0, 1) == 0) {
+                const uint16_t opcodes[] = {56, 63, 233, 234, 311, 312, 9999};
+                const auto size = static_cast<uint32_t>(random_number(0, 5000));
+                one->send_bytes(bytes_of(request_of(opcodes[random_number(0, 6)], 0, size)));
+            }
+        }
+        piece.resize(std::min(random_number(1, random_number(1, 20'000)), k_bytes - sent));
+        for (char &byte : piece) {
+            byte = static_cast<char>(generator()());
+        }
+        fcntl(one->fd(), F_SETFL, O_NONBLOCK);
+        // What has been closed, or is full since nobody reads it, makes way for another.
+        const ssize_t taken = send(one->fd(), piece.data(), piece.size(), MSG_NOSIGNAL);
+        sent += taken > 0 ? static_cast<size_t>(taken) : 0;
+        if (taken < static_cast<ssize_t>(piece.size())) {
+            one.reset();
+        }
+    }
+    printf("%zu random bytes over %zu connections\n", sent, connections);
+    client.expect_well_served("random bytes");
+    open.clear();
+    expect_recovered(*agent, before, "after random bytes");
+}
+
+namespace
+{
+
+bool is_logging(const AgentClient &watcher)
+{
+    const uint64_t total = watcher.info().total;
+    std::this_thread::sleep_for(milliseconds(5));
+    return watcher.info().total > total;
+}
+
+// The time until the log takes an event again.
+Clock::duration time_until_logging(const AgentClient &watcher)
+{
+    const auto begun = Clock::now();
+    const uint64_t total = watcher.info().total;
+    EXPECT_TRUE(eventually([&] { return watcher.info().total > total; }));
+    return Clock::now() - begun;
+}
+
+} // namespace
+
+TEST_F(Attack, by_clients_that_die_inside_a_hold)
+{
+    const auto agent = serve({"--rate", "10000"});
+    const AgentClient watcher(path_);
+    EXPECT_TRUE(is_logging(watcher));
+    const size_t before = descriptors(*agent);
+    const std::string torn[] = {"", "x", entry_request().substr(0, 100),
+                                bytes_of(request_of(9999, 0, 1048520)) + std::string(100'000, 't'),
+                                entry_request() + entry_request()};
+    Clock::duration longest{};
+    int deaths = 0;
+    const auto expect_end_of_hold = [&] {
+        longest = std::max(longest, time_until_logging(watcher));
+        ++deaths;
+    };
+    for (const std::string &bytes : torn) {
+        for (const int holds : {1, 2, 17}) {
+            const auto hold = [&](const AgentClient &client) {
+                uint64_t value = 0;
+                for (int i = 0; i < holds; ++i) {
+                    client.call(236, 5, value);
+                }
+                client.send_bytes(bytes);
+            };
+            const Attackers holder([&](Clients &clients) {
+                clients.push_back(std::make_unique<AgentClient>(path_));
+                hold(*clients.back());
+            });
+            EXPECT_FALSE(is_logging(watcher));
+            holder.kill_them();
+            expect_end_of_hold();
+            for (const int how : std::array<int, 3>{-1, SHUT_WR, SHUT_RDWR}) {
+                AgentClient client(path_);
+                hold(client);
+                EXPECT_FALSE(is_logging(watcher));
+                how < 0 ? client.disconnect() : static_cast<void>(shutdown(client.fd(), how));
+                expect_end_of_hold();
+            }
+        }
+    }
+    printf("%d clients died inside a hold, longest until the log ran again %.1f ms\n", deaths,
+           in_ms(longest));
+    EXPECT_LT(longest, k_longest_hold);
+    expect_recovered(*agent, before, "after deaths inside a hold");
+}
+
+// Many at once, in the middle of a crowd.
+TEST_F(Attack, by_a_crowd_that_is_killed_inside_its_holds)
+{
+    const auto agent = serve({"--rate", "10000"});
+    const AgentClient watcher(path_);
+    EXPECT_TRUE(is_logging(watcher));
+    const size_t before = descriptors(*agent);
+    const auto idle = crowd(1000);
+    uint64_t value = 0;
+    const std::string hold = bytes_of(request_of(236, 5, sizeof value)) + bytes_of(value);
+    std::vector<std::unique_ptr<Attackers>> holders;
+    for (int i = 0; i < 60; ++i) {
+        holders.push_back(crowd(1, hold + hold + (i % 2 == 0 ? "" : "torn")));
+    }
+    EXPECT_FALSE(is_logging(watcher));
+    for (const auto &holder : holders) {
+        holder->kill_them();
+    }
+    const Clock::duration time = time_until_logging(watcher);
+    printf("60 clients killed inside their holds: the log ran again after %.1f ms\n", in_ms(time));
+    EXPECT_LT(time, k_longest_hold);
+    idle->kill_them();
+    expect_recovered(*agent, before, "after a crowd of holders");
+}
+
+// Fewer descriptors than connections that it would serve: those must be enough for everyone, too.
+TEST_F(Attack, of_connections_on_few_descriptors)
+{
+    const auto agent = serve_lines();
+    const rlimit few{40, 40};
+    ASSERT_EQ(prlimit(agent->pid(), RLIMIT_NOFILE, &few, nullptr), 0);
+    const size_t before = descriptors(*agent);
+    WellBehaved client(path_, milliseconds(1));
+    client.make_rounds(1);
+    const auto attackers = crowd(200);
+    client.make_rounds(40);
+    client.expect_well_served("few descriptors");
+    EXPECT_LE(descriptors(*agent), 40U);
+    attackers->kill_them();
+    expect_recovered(*agent, before, "after few descriptors");
+}
