@@ -42,6 +42,9 @@ constexpr bool k_is_sanitized = false;
 // what was freed for a while.
 constexpr long k_most_kilobytes = k_is_sanitized ? 800 * 1024 : 144 * 1024;
 
+// Afterwards, a log of thousands of entries included.
+constexpr long k_most_kilobytes_at_rest = k_is_sanitized ? k_most_kilobytes : 12 * 1024;
+
 // Connections, the listener, the stop descriptor, the standard streams.
 constexpr size_t k_most_descriptors = 128 + 8;
 
@@ -207,15 +210,18 @@ public:
         EXPECT_EQ(read(ready[0], &byte, 1), 1);
         close(ready[0]);
     }
-    ~Attackers()
-    {
-        kill_them();
-        waitpid(pid_, nullptr, 0);
-    }
+    ~Attackers() { kill_them(); }
     Attackers(const Attackers &) = delete;
     Attackers &operator=(const Attackers &) = delete;
 
-    void kill_them() const { kill(pid_, SIGKILL); }
+    // Returns once they are dead and their connections closed.
+    void kill_them()
+    {
+        if (pid_ > 0) {
+            kill(pid_, SIGKILL);
+            waitpid(std::exchange(pid_, -1), nullptr, 0);
+        }
+    }
 
 private:
     pid_t pid_;
@@ -289,6 +295,7 @@ protected:
         EXPECT_TRUE(eventually([&] { return descriptors(agent) <= descriptors_before; }))
             << descriptors(agent);
         expect_bounded(agent, when);
+        EXPECT_LE(kilobytes(agent, "VmRSS"), k_most_kilobytes_at_rest) << when;
         agent.send_signal(SIGTERM);
         const Outcome outcome = agent.wait(std::chrono::seconds(10));
         EXPECT_EQ(outcome.exit_status, 0) << outcome.err;
@@ -374,7 +381,7 @@ TEST_F(Attack, by_torn_requests)
     const size_t before = descriptors(*agent);
     WellBehaved client(path_, milliseconds(1));
     const std::string whole = entry_request();
-    const Attackers torn([&](Clients &clients) {
+    Attackers torn([&](Clients &clients) {
         for (size_t length = 0; length < whole.size(); ++length) {
             for (const int how : std::array<int, 4>{-1, SHUT_WR, SHUT_RD, SHUT_RDWR}) {
                 clients.push_back(std::make_unique<AgentClient>(path_));
@@ -476,7 +483,7 @@ TEST_F(Attack, by_clients_that_never_read)
     client.make_rounds(1);
     const std::string request =
         bytes_of(request_of(9999, 0, 4000)) + std::string(4000, 'n') + entry_request();
-    const Attackers deaf([&](Clients &clients) {
+    Attackers deaf([&](Clients &clients) {
         for (int i = 0; i < 120; ++i) {
             clients.push_back(std::make_unique<AgentClient>(path_));
             fcntl(clients.back()->fd(), F_SETFL, O_NONBLOCK);
@@ -603,7 +610,7 @@ TEST_F(Attack, by_clients_that_die_inside_a_hold)
                 }
                 client.send_bytes(bytes);
             };
-            const Attackers holder([&](Clients &clients) {
+            Attackers holder([&](Clients &clients) {
                 clients.push_back(std::make_unique<AgentClient>(path_));
                 hold(*clients.back());
             });
