@@ -125,6 +125,8 @@ public:
     SignalsBlocked(const SignalsBlocked &) = delete;
     SignalsBlocked &operator=(const SignalsBlocked &) = delete;
 
+    bool was_blocked(int number) const { return sigismember(&former_, number) == 1; }
+
 private:
     sigset_t former_;
 };
@@ -179,11 +181,11 @@ void catch_signal(GuardedSignal &signal, bool restarts)
     }
 }
 
-// The first guarded signal that is caught, 0 when each is ignored.
-int any_caught()
+// A guarded signal that can arrive, 0 when there is none.
+int any_caught(const SignalsBlocked &blocked)
 {
     for (const GuardedSignal &signal : guarded) {
-        if (signal.caught != 0) {
+        if (signal.caught != 0 && !blocked.was_blocked(signal.number)) {
             return signal.number;
         }
     }
@@ -201,7 +203,7 @@ InterruptionGuard::InterruptionGuard()
     for (GuardedSignal &signal : guarded) {
         catch_signal(signal, restarts_);
     }
-    if (const int number = any_caught(); number != 0) {
+    if (const int number = any_caught(blocked); number != 0) {
         create_grace(number);
     }
 }

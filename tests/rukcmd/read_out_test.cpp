@@ -252,6 +252,37 @@ TEST_F(read_out, releases_the_log_between_two_signals_in_a_row)
     }
 }
 
+// What a tool inherits as blocked or ignored must not keep the second signal from ending it.
+TEST_F(read_out, ends_by_a_second_signal_whatever_it_inherits)
+{
+    const auto block = [](int number) {
+        sigset_t signals;
+        sigemptyset(&signals);
+        sigaddset(&signals, number);
+        sigprocmask(SIG_BLOCK, &signals, nullptr);
+    };
+    for (const bool is_blocked : {true, false}) {
+        std::promise<void> end_of_stall;
+        const std::shared_future<void> stalled = end_of_stall.get_future().share();
+        const ScriptedAgent agent([=](const Request &request) {
+            if (request.opcode() == 234) {
+                stalled.wait();
+            }
+            return std::optional(reply_to(request, 0, bytes_of(uint64_t{1})));
+        });
+        Forked tool([&] {
+            is_blocked ? block(SIGINT) : static_cast<void>(signal(SIGINT, SIG_IGN));
+            run_command("show all");
+        });
+        EXPECT_TRUE(eventually([&] { return agent.requests().size() == 2; }));
+        tool.send_signal(SIGTERM);
+        EXPECT_TRUE(eventually([&] { return !tool.catches(SIGTERM); }));
+        tool.send_signal(SIGTERM);
+        EXPECT_EQ(tool.wait().signal, SIGTERM);
+        end_of_stall.set_value();
+    }
+}
+
 // Each timer takes a place in the queue of signals, and there are none.
 TEST_F(read_out, releases_the_log_where_timers_are_refused)
 {
