@@ -53,11 +53,15 @@ microseconds random_time(microseconds end)
     return microseconds(std::uniform_int_distribution<long>(0, end.count())(generator()));
 }
 
+uint32_t random_number(uint32_t first, uint32_t last)
+{
+    return std::uniform_int_distribution<uint32_t>(first, last)(generator());
+}
+
 int random_signal()
 {
     constexpr int k_signals[] = {SIGINT, SIGTERM, SIGHUP, SIGQUIT};
-    return k_signals[std::uniform_int_distribution<size_t>(0,
-                                                           std::size(k_signals) - 1)(generator())];
+    return k_signals[random_number(0, 3)];
 }
 
 double in_ms(Clock::duration time)
@@ -375,6 +379,31 @@ TEST(interruption, by_two_signals_leaves_logging_on)
         }
         printf("two signals, %s Agent: %d runs, %d interrupted, %d beyond the grace\n", kind.name,
                count, interrupted, late);
+        EXPECT_GE(interrupted, count / 4);
+    }
+}
+
+// The release then goes over a new connection, which a signal must not tear either.
+TEST(interruption, of_a_read_out_whose_agent_hangs_up_leaves_logging_on)
+{
+    for (const AgentKind &kind : k_agents) {
+        LiveAgent agent(kind.entries, kind.delay);
+        int interrupted = 0;
+        int count = 0;
+        for (int run = 0; run < 4 * runs(); ++run) {
+            const uint32_t skip = random_number(0, kind.entries - 1);
+            agent.set_enabled(true);
+            agent.hang_up_at({234, 0, skip});
+            Tool tool({"show", "all"}, Tool::Output::NOWHERE);
+            ASSERT_TRUE(is_reading(agent, tool));
+            std::this_thread::sleep_for(random_time(microseconds(skip * 10) + kind.delay * skip));
+            tool.send_signal(random_signal());
+            interrupted += tool.wait().signal != 0;
+            ++count;
+            ASSERT_TRUE(agent.is_alone());
+            ASSERT_TRUE(agent.is_enabled());
+        }
+        printf("hangups, %s Agent: %d runs, %d interrupted\n", kind.name, count, interrupted);
         EXPECT_GE(interrupted, count / 4);
     }
 }

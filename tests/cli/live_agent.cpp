@@ -95,6 +95,12 @@ void LiveAgent::go_on()
     changed_.notify_all();
 }
 
+void LiveAgent::hang_up_at(const Point &point)
+{
+    const std::lock_guard lock(mutex_);
+    hang_up_ = point;
+}
+
 bool LiveAgent::is_alone()
 {
     return eventually([this] {
@@ -196,6 +202,9 @@ bool LiveAgent::serve(Peer &peer)
     while (goes_on && !peer.connection.answer().empty()) {
         look_at(peer.connection.answer());
         changed_.wait(lock, [this] { return !stalled_; });
+        if (hangs_up_) {
+            return false;
+        }
         const auto answer = peer.connection.answer();
         lock.unlock();
         std::this_thread::sleep_for(half_delay_);
@@ -212,11 +221,18 @@ void LiveAgent::look_at(std::span<const std::byte> answer)
     memcpy(&request, answer.data(), sizeof request);
     seen_.stops += request.opcode == KT_OPC_SET_LOG && request.ident == LOG_SET_STOP;
     seen_.entry_requests += request.opcode == KT_OPC_LOG_ENTRY;
-    if (stall_ && stall_->opcode == request.opcode && stall_->ident == request.ident &&
-        stall_->skip-- == 0) {
-        stall_.reset();
-        stalled_ = true;
+    stalled_ = stalled_ || meets(stall_, request);
+    hangs_up_ = meets(hang_up_, request);
+}
+
+bool LiveAgent::meets(std::optional<Point> &point, const AgentRequest &request)
+{
+    const bool is_met = point && point->opcode == request.opcode && point->ident == request.ident &&
+                        point->skip-- == 0;
+    if (is_met) {
+        point.reset();
     }
+    return is_met;
 }
 
 } // namespace ruk_test

@@ -38,6 +38,9 @@ public:
     bool has_stalled();
     void go_on();
 
+    // Takes effect but hangs up instead of an answer.
+    void hang_up_at(const Point &point);
+
     // Waits until every client's end has been noticed.
     bool is_alone();
 
@@ -68,6 +71,7 @@ private:
     bool serve(Peer &peer);
     std::list<Peer>::iterator forget(std::list<Peer> &peers, std::list<Peer>::iterator peer);
     void look_at(std::span<const std::byte> answer);
+    static bool meets(std::optional<Point> &point, const AgentRequest &request);
 
     // With the lock held.
     template <typename Record> void ask(uint16_t opcode, int32_t ident, Record &record);
@@ -82,6 +86,8 @@ private:
     std::condition_variable changed_;
     std::optional<Point> stall_;
     bool stalled_ = false;
+    std::optional<Point> hang_up_;
+    bool hangs_up_ = false;
     size_t connections_ = 0;
     Seen seen_;
     std::thread thread_;
