@@ -188,8 +188,11 @@ using Clients = std::vector<std::unique_ptr<AgentClient>>;
 class Attackers
 {
 public:
-    // Returns once action has made the connections.
-    explicit Attackers(const std::function<void(Clients &clients)> &action)
+    using Action = std::function<void(Clients &clients)>;
+
+    // Returns once action has made the connections; then rest is done over and over.
+    explicit Attackers(
+        const Action &action, const Action &rest = [](Clients &) { pause(); })
     {
         int ready[2];
         EXPECT_EQ(pipe2(ready, O_CLOEXEC), 0);
@@ -202,8 +205,9 @@ public:
             Clients clients;
             action(clients);
             (void)!write(tell, "", 1);
-            pause();
-            _exit(0);
+            for (;;) {
+                rest(clients);
+            }
         }
         close(ready[1]);
         char byte;
@@ -504,6 +508,39 @@ TEST_F(Attack, by_clients_that_never_read)
     expect_bounded(*agent, "while nobody reads");
     deaf.kill_them();
     expect_recovered(*agent, before, "after clients that never read");
+}
+
+// Each asks and reads as fast as it can, many requests at a time.
+TEST_F(Attack, by_clients_that_never_rest)
+{
+    const auto agent = serve_lines();
+    const size_t before = descriptors(*agent);
+    WellBehaved client(path_, milliseconds(1));
+    client.make_rounds(1);
+    std::string requests;
+    while (requests.size() < 20'000) {
+        requests += entry_request();
+    }
+    const auto exchange = [&](Clients &clients) {
+        char answers[65536];
+        for (const auto &one : clients) {
+            (void)!send(one->fd(), requests.data(), requests.size(), MSG_NOSIGNAL | MSG_DONTWAIT);
+            (void)!recv(one->fd(), answers, sizeof answers, MSG_DONTWAIT);
+        }
+    };
+    const auto connect = [&](Clients &clients) {
+        for (int i = 0; i < 50; ++i) {
+            clients.push_back(std::make_unique<AgentClient>(path_));
+        }
+    };
+    Attackers one(connect, exchange);
+    Attackers two(connect, exchange);
+    client.make_rounds(100);
+    client.expect_well_served("clients that never rest");
+    expect_bounded(*agent, "while nobody rests");
+    one.kill_them();
+    two.kill_them();
+    expect_recovered(*agent, before, "after clients that never rest");
 }
 
 // The longest requests, each but for its last byte.
