@@ -26,6 +26,14 @@ constexpr timespec k_grace{.tv_sec = 0, .tv_nsec = 40'000'000};
 timer_t grace_timer;
 int grace_signal = 0; // 0: there is no timer
 
+sigset_t set_of(int number)
+{
+    sigset_t signals;
+    sigemptyset(&signals);
+    sigaddset(&signals, number);
+    return signals;
+}
+
 void raise_once(volatile sig_atomic_t &signal)
 {
     const int number = signal;
@@ -76,9 +84,7 @@ void remove_grace()
         return;
     }
     timer_delete(grace_timer);
-    sigset_t signals;
-    sigemptyset(&signals);
-    sigaddset(&signals, grace_signal);
+    const sigset_t signals = set_of(grace_signal);
     siginfo_t info;
     const timespec no_wait{};
     if (sigtimedwait(&signals, &info, &no_wait) == grace_signal && !is_end_of_grace(info)) {
@@ -134,17 +140,9 @@ private:
 // A suspended tool would keep the log stopped until someone continues it.
 bool suspension_waits = false;
 
-sigset_t suspension()
-{
-    sigset_t signals;
-    sigemptyset(&signals);
-    sigaddset(&signals, SIGTSTP);
-    return signals;
-}
-
 void put_suspension_off()
 {
-    const sigset_t signals = suspension();
+    const sigset_t signals = set_of(SIGTSTP);
     sigset_t former;
     pthread_sigmask(SIG_BLOCK, &signals, &former);
     suspension_waits = sigismember(&former, SIGTSTP) == 0;
@@ -154,7 +152,7 @@ void allow_suspension()
 {
     if (suspension_waits) {
         suspension_waits = false;
-        const sigset_t signals = suspension();
+        const sigset_t signals = set_of(SIGTSTP);
         pthread_sigmask(SIG_UNBLOCK, &signals, nullptr);
     }
 }
