@@ -535,7 +535,7 @@ TEST_F(Attack, by_clients_that_never_rest)
     };
     Attackers one(connect, exchange);
     Attackers two(connect, exchange);
-    client.make_rounds(100);
+    client.make_rounds(40);
     client.expect_well_served("clients that never rest");
     expect_bounded(*agent, "while nobody rests");
     one.kill_them();

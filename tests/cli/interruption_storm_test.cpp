@@ -253,7 +253,9 @@ protected:
         agent.set_enabled(true);
         agent.take_seen();
         Tool tool(command.words, by_pipe ? Tool::Output::PIPE : Tool::Output::NOWHERE);
-        std::this_thread::sleep_until(tool.started() + random_time(time + time / 8));
+        // A follower meets a pipe that closes later only at its next look at the log, in 2 s.
+        const microseconds window = by_pipe && command.endless ? time : time + time / 8;
+        std::this_thread::sleep_until(tool.started() + random_time(window));
         const auto sent = Clock::now();
         by_pipe ? close_output(tool, agent) : tool.send_signal(number);
         const Tool::End end = tool.wait();
