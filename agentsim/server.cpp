@@ -131,6 +131,9 @@ void Server::accept_some(int64_t now)
             if (peers_.size() > k_connection_limit) {
                 peers_.erase(most_expendable());
             }
+        } else if (errno == EMFILE && i > 0) {
+            // Which accepting says whether anyone waits or not; the next wait tells.
+            return;
         } else if (!(errno == EMFILE && make_room()) && errno != ECONNABORTED && errno != EINTR) {
             accepting_ = errno == EAGAIN;
             return;

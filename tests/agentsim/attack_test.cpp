@@ -285,6 +285,17 @@ protected:
         return static_cast<size_t>(std::distance(begin(folder), end(folder)));
     }
 
+    // The limit that leaves the program so many descriptors more.
+    static rlim_t limit_for(const Child &agent, int more)
+    {
+        const std::string folder = "/proc/" + std::to_string(agent.pid()) + "/fd/";
+        rlim_t limit = 0;
+        for (; more > 0; ++limit) {
+            more -= std::filesystem::is_symlink(folder + std::to_string(limit)) ? 0 : 1;
+        }
+        return limit;
+    }
+
     static void expect_bounded(const Child &agent, const char *when)
     {
         printf("%s: VmRSS %ld kB, VmHWM %ld kB, %zu descriptors\n", when, kilobytes(agent, "VmRSS"),
@@ -709,4 +720,25 @@ TEST_F(Attack, of_connections_on_few_descriptors)
     EXPECT_LE(descriptors(*agent), 40U);
     attackers->kill_them();
     expect_recovered(*agent, before, "after few descriptors");
+}
+
+// The last descriptor costs nobody anything as long as nobody waits for another.
+TEST_F(Attack, takes_every_descriptor_that_there_is)
+{
+    const auto agent = serve_lines();
+    const rlim_t limit = limit_for(*agent, 5);
+    const rlimit few{limit, limit};
+    ASSERT_EQ(prlimit(agent->pid(), RLIMIT_NOFILE, &few, nullptr), 0);
+    Clients clients;
+    for (int i = 0; i < 5; ++i) {
+        clients.push_back(std::make_unique<AgentClient>(path_));
+        EXPECT_EQ(clients.back()->info().total, k_entries);
+    }
+    for (const auto &one : clients) {
+        EXPECT_EQ(one->info().total, k_entries);
+    }
+    const AgentClient further(path_);
+    EXPECT_EQ(further.info().total, k_entries);
+    EXPECT_TRUE(clients.front()->is_closed());
+    EXPECT_EQ(clients.back()->info().total, k_entries);
 }
