@@ -4,6 +4,7 @@
 #include <cstdio>
 #include <cstring>
 #include <fcntl.h>
+#include <malloc.h>
 #include <poll.h>
 #include <sys/signalfd.h>
 #include <sys/stat.h>
@@ -89,6 +90,16 @@ UniqueFd stop_signals()
     return UniqueFd(signalfd(-1, &signals, SFD_NONBLOCK | SFD_CLOEXEC));
 }
 
+// The room of a long request goes back to the host with its connection.  Left alone, the C library
+// takes such room from the heap once it has seen it freed, where it stays.
+void give_room_back()
+{
+#ifdef M_MMAP_THRESHOLD
+    constexpr int k_long = 64 * 1024;
+    mallopt(M_MMAP_THRESHOLD, k_long);
+#endif
+}
+
 // Logs what waits in source already.  False: source has ended.
 bool collect_backlog(EventSource &source, LogService &service)
 {
@@ -161,6 +172,7 @@ ModuleTable modules_of(const Options &options)
 
 int run(const Options &options)
 {
+    give_room_back();
     const UniqueFd stop = stop_signals();
     ListeningSocket listener;
     PidFile pidfile;
