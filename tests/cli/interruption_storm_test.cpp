@@ -261,7 +261,7 @@ protected:
         agent.take_seen();
         Tool tool(command.words, by_pipe ? Tool::Output::PIPE : Tool::Output::NOWHERE);
         // A follower meets a pipe that closes later only at its next look at the log, in 2 s.
-        const microseconds window = by_pipe && command.endless ? time : time + time / 8;
+        const microseconds window = by_pipe && command.endless ? time / 2 : time + time / 8;
         std::this_thread::sleep_until(tool.started() + random_time(window));
         const auto sent = Clock::now();
         by_pipe ? close_output(tool, agent) : tool.send_signal(number);
