@@ -20,7 +20,8 @@ public:
     bool interrupted() const;
 
     // Whether a system call that a signal interrupts goes on.  It does at first, so that no
-    // exchange is torn; a write to a reader that takes nothing has to end.
+    // exchange is torn; a write to a reader that takes nothing has to end.  A signal that comes
+    // just before the write can't end it; the end of the grace, which is a signal as well, does.
     void restart_calls(bool restarts);
 
     // Ends the guard early.
