@@ -14,17 +14,21 @@ struct GuardedSignal {
     struct sigaction former;
 };
 
+// The last one tells the end of the grace.  It is one that nobody sends, since a signal that waits
+// to be delivered takes in another of its number: the end of the grace would lose the second
+// signal.
 GuardedSignal guarded[] = {
-    {SIGINT, 0, {}}, {SIGTERM, 0, {}}, {SIGHUP, 0, {}}, {SIGQUIT, 0, {}}, {SIGPIPE, 0, {}},
+    {SIGINT, 0, {}},  {SIGTERM, 0, {}}, {SIGHUP, 0, {}},
+    {SIGQUIT, 0, {}}, {SIGPIPE, 0, {}}, {SIGRTMAX - 1, 0, {}},
 };
+GuardedSignal &end_of_grace = guarded[5];
 
 volatile sig_atomic_t noted = 0;   // the first signal
 volatile sig_atomic_t waiting = 0; // one that came within the first one's grace
 
-// The grace's end comes as a signal of its timer, of any number that the guard catches.
 constexpr timespec k_grace{.tv_sec = 0, .tv_nsec = 40'000'000};
 timer_t grace_timer;
-int grace_signal = 0; // 0: there is no timer
+bool has_timer = false;
 
 sigset_t set_of(int number)
 {
@@ -60,37 +64,33 @@ void restore_former()
     }
 }
 
-void create_grace(int number)
+bool create_timer()
 {
     struct sigevent event {
     };
     event.sigev_notify = SIGEV_SIGNAL;
-    event.sigev_signo = number;
+    event.sigev_signo = end_of_grace.number;
     event.sigev_value.sival_ptr = &grace_timer;
-    grace_signal = timer_create(CLOCK_MONOTONIC, &event, &grace_timer) == 0 ? number : 0;
+    return timer_create(CLOCK_MONOTONIC, &event, &grace_timer) == 0;
 }
 
 // Called by the handler.  False where timers are refused.
 bool start_grace()
 {
     const itimerspec once{.it_interval = {}, .it_value = k_grace};
-    return grace_signal != 0 && timer_settime(grace_timer, 0, &once, nullptr) == 0;
+    return has_timer && timer_settime(grace_timer, 0, &once, nullptr) == 0;
 }
 
 // Called with the signals blocked, and takes back an end of the grace that waits to be delivered.
-void remove_grace()
+void remove_timer()
 {
-    if (grace_signal == 0) {
-        return;
+    if (has_timer) {
+        has_timer = false;
+        timer_delete(grace_timer);
+        const sigset_t signals = set_of(end_of_grace.number);
+        const timespec no_wait{};
+        sigtimedwait(&signals, nullptr, &no_wait);
     }
-    timer_delete(grace_timer);
-    const sigset_t signals = set_of(grace_signal);
-    siginfo_t info;
-    const timespec no_wait{};
-    if (sigtimedwait(&signals, &info, &no_wait) == grace_signal && !is_end_of_grace(info)) {
-        raise(grace_signal);
-    }
-    grace_signal = 0;
 }
 
 void take_signal(int number, const siginfo_t &info)
@@ -179,17 +179,6 @@ void catch_signal(GuardedSignal &signal, bool restarts)
     }
 }
 
-// A guarded signal that can arrive, 0 when there is none.
-int any_caught(const SignalsBlocked &blocked)
-{
-    for (const GuardedSignal &signal : guarded) {
-        if (signal.caught != 0 && !blocked.was_blocked(signal.number)) {
-            return signal.number;
-        }
-    }
-    return 0;
-}
-
 } // namespace
 
 InterruptionGuard::InterruptionGuard()
@@ -201,9 +190,9 @@ InterruptionGuard::InterruptionGuard()
     for (GuardedSignal &signal : guarded) {
         catch_signal(signal, restarts_);
     }
-    if (const int number = any_caught(blocked); number != 0) {
-        create_grace(number);
-    }
+    // Without an end there can be no grace.
+    has_timer =
+        end_of_grace.caught != 0 && !blocked.was_blocked(end_of_grace.number) && create_timer();
 }
 
 InterruptionGuard::~InterruptionGuard()
@@ -234,7 +223,7 @@ void InterruptionGuard::end()
 {
     {
         const SignalsBlocked blocked;
-        remove_grace();
+        remove_timer();
         restore_former();
     }
     raise_once(noted);

@@ -261,7 +261,10 @@ TEST_F(read_out, ends_by_a_second_signal_whatever_it_inherits)
         sigaddset(&signals, number);
         sigprocmask(SIG_BLOCK, &signals, nullptr);
     };
-    for (const bool is_blocked : {true, false}) {
+    const std::pair<int, bool> rows[] = {
+        {SIGINT, true}, {SIGINT, false}, {SIGRTMAX - 1, true}, {SIGRTMAX - 1, false}};
+    for (const auto &[number, is_blocked] : rows) {
+        SCOPED_TRACE(number);
         std::promise<void> end_of_stall;
         const std::shared_future<void> stalled = end_of_stall.get_future().share();
         const ScriptedAgent agent([=](const Request &request) {
@@ -270,8 +273,8 @@ TEST_F(read_out, ends_by_a_second_signal_whatever_it_inherits)
             }
             return std::optional(reply_to(request, 0, bytes_of(uint64_t{1})));
         });
-        Forked tool([&] {
-            is_blocked ? block(SIGINT) : static_cast<void>(signal(SIGINT, SIG_IGN));
+        Forked tool([&, inherited = number, blocks = is_blocked] {
+            blocks ? block(inherited) : static_cast<void>(signal(inherited, SIG_IGN));
             run_command("show all");
         });
         EXPECT_TRUE(eventually([&] { return agent.requests().size() == 2; }));
