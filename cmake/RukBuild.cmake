@@ -38,6 +38,15 @@ if(RUK_BUILD_FUZZERS)
     target_compile_options(ruk_sanitizers INTERFACE -fsanitize=fuzzer-no-link)
 endif()
 
+# Coverage counts are kept in a file mapped into memory, so that those of a process that a signal
+# ends, or that leaves by _exit, are not lost.
+option(RUK_COVERAGE "Count what runs (clang only)" OFF)
+if(RUK_COVERAGE)
+    target_compile_options(ruk_sanitizers INTERFACE
+        -fprofile-instr-generate -fcoverage-mapping "SHELL:-mllvm -runtime-counter-relocation")
+    target_link_options(ruk_sanitizers INTERFACE -fprofile-instr-generate)
+endif()
+
 # Products: no exceptions, no run-time type information, nothing visible but what is exported.
 add_library(ruk_build_flags INTERFACE)
 target_compile_options(ruk_build_flags INTERFACE
