@@ -65,7 +65,8 @@ std::vector<item> items_after(const bitset &b, int32_t after)
         }
         std::string text = std::to_string(first);
         if (last > first) {
-            text += "-" + std::to_string(last);
+            text += '-';
+            text += std::to_string(last);
         }
         items.push_back({last, text});
         first = last;
