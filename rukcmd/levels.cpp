@@ -1,7 +1,7 @@
 // The level vocabulary: bits, names and letters.
 #include "ruk/front_end.h"
 
-#include <cctype>
+#include "infra/utils/kttext.h"
 
 const LogLevel ruk_log_levels[] = {
     {KT_LEVEL_ERROR, "Error", 'e'},
@@ -15,16 +15,6 @@ const LogLevel ruk_log_levels[] = {
     {0, nullptr, '\0'},
 };
 
-namespace
-{
-
-constexpr char upper(char letter)
-{
-    return static_cast<char>(letter - 'a' + 'A');
-}
-
-} // namespace
-
 const char *ruk_levelstring(int32_t level)
 {
     for (const LogLevel *row = ruk_log_levels; row->name != nullptr; ++row) {
@@ -37,7 +27,7 @@ const char *ruk_levelstring(int32_t level)
 
 uint32_t ruk_log_level_from_char(int32_t c)
 {
-    const int letter = c >= 0 && c <= UINT8_MAX ? tolower(c) : c;
+    const int32_t letter = c >= 'A' && c <= 'Z' ? kttext::lower(static_cast<char>(c)) : c;
     for (const LogLevel *row = ruk_log_levels; row->name != nullptr; ++row) {
         if (row->letter == letter) {
             return row->bit;
@@ -50,7 +40,7 @@ void ruk_log_level_letters(char *out, uint32_t mask)
 {
     for (const LogLevel *row = ruk_log_levels; row->name != nullptr; ++row) {
         const bool is_on = (mask & row->bit) != 0;
-        *out++ = is_on ? upper(row->letter) : ' ';
+        *out++ = is_on ? kttext::upper(row->letter) : ' ';
     }
     *out = '\0';
 }

@@ -3,7 +3,6 @@
 #include "ruk/command_table.h"
 
 #include <algorithm>
-#include <cctype>
 #include <cstdarg>
 #include <cstdio>
 
@@ -17,6 +16,7 @@ uint32_t kt_debug_print_ktcmd = KT_TRACE_DEFAULT;
 namespace
 {
 
+using kttext::is_printable;
 using kttext::is_space;
 
 constexpr size_t k_command_size = 256;
@@ -24,14 +24,9 @@ constexpr int32_t k_no_match = -1;
 constexpr int32_t k_drop_line = -2;
 constexpr size_t k_words = COMMAND_KEYWORDS + 1;
 
-bool is_printable(unsigned char c)
-{
-    return c >= 0x20 && c <= 0x7e;
-}
-
 bool belongs_to_command(unsigned char c)
 {
-    return is_printable(c) && c != ';';
+    return is_printable(static_cast<char>(c)) && c != ';';
 }
 
 // The words of a command.  Each is the rest of the command from there on; null once it has ended.
@@ -264,8 +259,7 @@ int32_t ktcmd_validate_data(const char *data, int32_t maxlen)
             kt_trace(kt_debug_print_ktcmd, KT_LEVEL_WARNING, "Data length > %d\n", maxlen);
             return -1;
         }
-        const auto c = static_cast<unsigned char>(data[length]);
-        if (!is_printable(c) && !is_space(data[length])) {
+        if (!is_printable(data[length]) && !is_space(data[length])) {
             // Kept: the character goes out signed, so from 0x80 on it prints as eight digits.
             kt_trace(kt_debug_print_ktcmd, KT_LEVEL_WARNING, "ktcmd invalid character %02x\n",
                      static_cast<unsigned>(static_cast<signed char>(data[length])));

@@ -8,11 +8,7 @@ namespace
 {
 
 using kttext::is_space;
-
-int lower(char c)
-{
-    return tolower(static_cast<unsigned char>(c));
-}
+using kttext::lower;
 
 // Most of what is compared is equal, or is not by its first letter.
 bool are_same(char a, char b)

@@ -4,7 +4,6 @@
 #include <algorithm>
 #include <array>
 #include <bit>
-#include <cctype>
 #include <cstdint>
 #include <cstring>
 #include <string_view>
@@ -12,9 +11,26 @@
 namespace kttext
 {
 
-inline bool is_space(char c)
+// As in the C locale, whichever the host program has set: in a Turkish one tolower('I') is no 'i',
+// and SHOW INFO would be no command.
+constexpr char lower(char c)
 {
-    return isspace(static_cast<unsigned char>(c)) != 0;
+    return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
+}
+
+constexpr char upper(char c)
+{
+    return c >= 'a' && c <= 'z' ? static_cast<char>(c - 'a' + 'A') : c;
+}
+
+constexpr bool is_printable(char c)
+{
+    return c >= ' ' && c <= '~';
+}
+
+constexpr bool is_space(char c)
+{
+    return c == ' ' || (c >= '\t' && c <= '\r');
 }
 
 // Whether text is expected, to the letter; no more of it is looked at than that takes.

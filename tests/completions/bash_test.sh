@@ -80,7 +80,7 @@ expect 'all kern user daemon auth syslog cron local flow port bridge vxlan mirro
 expect 'port' ruklog debug po
 
 # The stand-in Agent's options are those of its help, and some have values.
-expect "$(ruklog-agentsim --help | sed -En 's/^  (--[a-z-]+).*/\1/p' | sort | xargs)" \
+expect "$(ruklog-agentsim --help | LC_ALL=C sed -En 's/^  (--[a-z-]+).*/\1/p' | sort | xargs)" \
     ruklog-agentsim ''
 expect '--preload' ruklog-agentsim --pr
 expect '--kmsg' ruklog-agentsim --rate 5 --k

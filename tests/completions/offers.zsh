@@ -94,7 +94,7 @@ expect '-all -none -default -error -notice -warning -info -debug -temp -packet -
 expect '-warning' 'ruklog debug all all -w'
 
 # The stand-in Agent's options are those of its help, and some have values.
-expect "$($programs/ruklog-agentsim --help | sed -En 's/^  (--[a-z-]+).*/\1/p')" \
+expect "$($programs/ruklog-agentsim --help | LC_ALL=C sed -En 's/^  (--[a-z-]+).*/\1/p')" \
     'ruklog-agentsim --'
 expect '--preload' 'ruklog-agentsim --pr'
 expect 'events.txt' 'ruklog-agentsim --feed '

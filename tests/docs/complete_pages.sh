@@ -2,6 +2,7 @@
 # complete_pages.sh MANUAL PROGRAMS: the pages tell of every command, option and header, and of no
 # other.
 set -euo pipefail
+export LC_ALL=C # [a-z] are the letters of ASCII
 manual=$1 programs=$2
 root=$(realpath "$(dirname "$0")/../..")
 status=0

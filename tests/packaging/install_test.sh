@@ -47,7 +47,7 @@ share/zsh/site-functions/_ruklog
 share/zsh/site-functions/_ruklog-agentsim
 FILES
 )" "$(cd "$prefix" && find . ! -type d |
-      sed 's|^\./||; s|targets-[a-z]*\.cmake|targets-BUILDTYPE.cmake|' | sort)"
+      LC_ALL=C sed 's|^\./||; s|targets-[a-z]*\.cmake|targets-BUILDTYPE.cmake|' | sort)"
 
 grep -q '^ExecStart=/opt/ruklog/bin/ruklog show tail$' \
     "$prefix/lib/systemd/system/ruklog-tail.service" || fail "the service starts something else"
