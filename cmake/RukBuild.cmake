@@ -1,5 +1,10 @@
 # How everything here is compiled: the flags, and the functions by which a directory says what it
 # holds.  Flags are set in this file only.
+if(NOT CMAKE_SIZEOF_VOID_P EQUAL 8)
+    message(FATAL_ERROR
+        "ruklog's records hold 64-bit addresses: build for a 64-bit target, without -m32 or -mx32")
+endif()
+
 include(CheckPIESupported)
 find_package(Threads REQUIRED)
 check_pie_supported(LANGUAGES C CXX)

@@ -1,7 +1,9 @@
 // ruklog: connect to the Agent, check that it runs the same version, run one command line.
 #include <algorithm>
 #include <cstring>
+#include <fcntl.h>
 #include <string_view>
+#include <unistd.h>
 
 #include "infra/utils/ktprint.h"
 #include "infra/utils/kttext.h"
@@ -24,6 +26,32 @@ bool versions_differ()
     // Any other failure lets the command run and speak for itself.
     return kt_dpa_call_indirect1(KT_OPC_VERSION, 0, k_reply_only, &version, sizeof version,
                                  &count) == AGENT_STATUS_VERSION_MISMATCH;
+}
+
+void fill_standard_descriptors()
+{
+    int fd = -1;
+    do {
+        fd = open("/dev/null", O_RDWR);
+    } while (fd >= 0 && fd <= STDERR_FILENO);
+    if (fd >= 0) {
+        close(fd);
+    }
+}
+
+// Whoever starts the tool may have closed its standard descriptors.  The connection must not keep
+// the number of one: what is printed would go to the Agent as a request.
+bool connect_to_agent()
+{
+    if (kt_dpa_api_init() != 0) {
+        return false;
+    }
+    if (kt_dpa_call_fd > STDERR_FILENO) {
+        return true;
+    }
+    kt_dpa_api_exit();
+    fill_standard_descriptors();
+    return kt_dpa_api_init() == 0;
 }
 
 bool asks_for_help(int argc, char **argv)
@@ -58,7 +86,7 @@ size_t join_arguments(int argc, char **argv)
 
 int main(int argc, char **argv)
 {
-    if (kt_dpa_api_init() != 0) {
+    if (!connect_to_agent()) {
         kt_print("Error initializing kt_dpa_api_init()\n");
         return k_failed_start;
     }

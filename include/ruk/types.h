@@ -12,6 +12,11 @@
 #ifndef RUK_TYPES_H
 #define RUK_TYPES_H
 
+/* First, so that nothing else is said about a target of another kind. */
+#if defined __SIZEOF_POINTER__ && __SIZEOF_POINTER__ != 8
+#error "ruklog's records hold 64-bit addresses: build for a 64-bit target, without -m32 or -mx32"
+#endif
+
 #include <assert.h>
 #include <stddef.h>
 #include <stdint.h>
