@@ -28,11 +28,6 @@ struct bit_field {
     constexpr IfIndex put_uncut(uint32_t number) const { return number << shift; }
 
     constexpr IfIndex clear(IfIndex value) const { return value & ~mask(); }
-
-    constexpr IfIndex replace(IfIndex value, uint32_t number) const
-    {
-        return clear(value) | put(number);
-    }
 };
 
 // A number in two places: its low bits in one field, its high bits in another.
@@ -60,7 +55,6 @@ struct unshifted_field {
     constexpr uint32_t max() const { return bits.mask(); }
     constexpr uint32_t get(IfIndex value) const { return value & bits.mask(); }
     constexpr IfIndex put(uint32_t number) const { return number & bits.mask(); }
-    constexpr IfIndex clear(IfIndex value) const { return bits.clear(value); }
 };
 
 // Every type.

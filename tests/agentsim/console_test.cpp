@@ -82,6 +82,31 @@ TEST(console, runs_a_last_line_without_its_end)
     EXPECT_EQ(console(0, "clear"), "Cleared log\n");
 }
 
+// As in the tool, where each of them ends a command as well.
+TEST(console, ends_a_command_at_what_cannot_be_printed)
+{
+    EXPECT_EQ(console(0, "clear\x7f"
+                         "clear\tclear\xe9resume\n"),
+              "Cleared log\nCleared log\nCleared log\nResumed log\n");
+}
+
+// A terminal gets a prompt before each line.
+TEST(console, prompts_at_a_terminal)
+{
+    const int terminal = posix_openpt(O_RDWR | O_NOCTTY);
+    ASSERT_TRUE(terminal >= 0 && grantpt(terminal) == 0 && unlockpt(terminal) == 0);
+    const std::string command =
+        std::string("exec " AGENTSIM_PATH " --console <") + ptsname(terminal);
+    Child agent({"/bin/sh", "-c", command});
+    EXPECT_TRUE(agent.wait_for_output("ruklog> "));
+    // The end of the last line is the end of the file, which a terminal gives for Control-D.
+    ASSERT_EQ(write(terminal, "clear\n\4", 7), 7);
+    const Outcome outcome = agent.wait(10s);
+    EXPECT_EQ(outcome.exit_status, 0);
+    EXPECT_EQ(outcome.out, k_ready + "ruklog> Cleared log\nruklog> ");
+    close(terminal);
+}
+
 TEST(console, refuses_a_line_that_is_too_long)
 {
     EXPECT_EQ(console(0, "stop\n" + std::string(20'000, 'x') + ";clear\nclear\n"),

@@ -5,6 +5,8 @@
 #include "agentsim/line_feeder.h"
 #include "agentsim/syslog_priority.h"
 
+#include <fcntl.h>
+#include <sys/epoll.h>
 #include <vector>
 
 #include "tests/agentsim/records.h"
@@ -203,6 +205,30 @@ TEST_F(FeedersTest, lines_are_events_wherever_the_pieces_end)
             EXPECT_STREQ(all[i].message, expected[i].message);
         }
     }
+}
+
+// Nothing to read yet is no end.
+TEST_F(FeedersTest, an_empty_pipe_is_no_end)
+{
+    int ends[2];
+    ASSERT_EQ(pipe2(ends, O_NONBLOCK | O_CLOEXEC), 0);
+    LineFeeder lines((UniqueFd(ends[0])), Ending::LINE_FEED);
+    EXPECT_TRUE(lines.collect(service_, 0));
+    close(ends[1]);
+    EXPECT_FALSE(lines.collect(service_, 0));
+    EXPECT_TRUE(entries().empty());
+}
+
+TEST_F(FeedersTest, the_kernels_log_ends_where_it_cannot_be_read)
+{
+    KmsgFeeder ended(UniqueFd(open("/dev/null", O_RDONLY | O_CLOEXEC)), 0);
+    EXPECT_FALSE(ended.collect(service_, 0));
+    KmsgFeeder folder(UniqueFd(open("/", O_RDONLY | O_CLOEXEC)), 0);
+    EXPECT_FALSE(folder.collect(service_, 0));
+    // A record that can't be read is passed over; what gives nothing else is left for this turn.
+    KmsgFeeder unreadable(UniqueFd(epoll_create1(EPOLL_CLOEXEC)), 0);
+    EXPECT_TRUE(unreadable.collect(service_, 0));
+    EXPECT_TRUE(entries().empty());
 }
 
 TEST_F(FeedersTest, lines_carry_the_time_of_reading)

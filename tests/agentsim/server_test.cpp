@@ -3,6 +3,7 @@
 #include <fcntl.h>
 #include <fstream>
 #include <memory>
+#include <sys/file.h>
 #include <sys/stat.h>
 #include <thread>
 
@@ -55,9 +56,9 @@ protected:
     }
 
     // Binds a socket file as a server that has died leaves it behind.
-    void leave_dead_socket() const
+    void leave_dead_socket(int type = SOCK_STREAM) const
     {
-        const int fd = socket(AF_UNIX, SOCK_STREAM, 0);
+        const int fd = socket(AF_UNIX, type, 0);
         sockaddr_un address{};
         address.sun_family = AF_UNIX;
         path_.copy(address.sun_path, sizeof address.sun_path - 1);
@@ -190,6 +191,43 @@ TEST_F(ServerTest, leaves_a_file_that_is_no_socket)
     EXPECT_EQ(text, "precious");
 }
 
+// Nothing is known about what answers there, so it stays.
+TEST_F(ServerTest, leaves_a_socket_of_another_kind)
+{
+    leave_dead_socket(SOCK_DGRAM);
+    const auto agent = launch();
+    EXPECT_EQ(end_of(*agent), "1 ruklog-agentsim: cannot tell whether an Agent is serving " +
+                                  path_ + ": Protocol wrong type for socket\n");
+    EXPECT_TRUE(exists(path_));
+}
+
+TEST_F(ServerTest, stops_when_its_socket_has_gone)
+{
+    const auto agent = serve();
+    ASSERT_EQ(unlink(path_.c_str()), 0);
+    agent->send_signal(SIGTERM);
+    EXPECT_EQ(end_of(*agent), "0 ");
+}
+
+// A path without a folder is one of the working folder.
+TEST_F(ServerTest, serves_in_the_working_folder)
+{
+    Child agent(
+        {"/bin/sh", "-c", "cd " + folder_.file("") + " && exec " RUK_AGENTSIM " --socket socket"});
+    EXPECT_TRUE(agent.wait_for_output("ruklog-agentsim: serving socket\n"));
+    expect_served();
+}
+
+TEST_F(ServerTest, does_not_wait_for_a_locked_folder_for_ever)
+{
+    const int folder = open(folder_.file("").c_str(), O_RDONLY | O_DIRECTORY);
+    ASSERT_EQ(flock(folder, LOCK_EX), 0);
+    const auto agent = launch();
+    EXPECT_EQ(end_of(*agent), "1 ruklog-agentsim: cannot lock the folder of " + path_ +
+                                  ": Resource temporarily unavailable\n");
+    close(folder);
+}
+
 TEST_F(ServerTest, leaves_a_socket_that_took_its_place)
 {
     const auto agent = serve();
@@ -216,6 +254,8 @@ TEST_F(ServerTest, says_why_it_cannot_start)
                                            ": No such file or directory\n");
     expect_failure({"--socket", long_path},
                    "1 ruklog-agentsim: a socket's path has 1 to 107 characters\n");
+    expect_failure({"--socket", "/proc/socket"},
+                   "1 ruklog-agentsim: cannot bind /proc/socket: No such file or directory\n");
     expect_failure({"--feed", feed},
                    "1 ruklog-agentsim: cannot read " + feed + ": No such file or directory\n");
     expect_failure({"--feed", "/tmp"}, "1 ruklog-agentsim: cannot read /tmp: it is a directory\n");
@@ -283,6 +323,17 @@ TEST_F(ServerTest, closes_at_absurd_lengths)
         ASSERT_TRUE(client.send_bytes(bytes_of(request_of(63, 0, size))));
         EXPECT_TRUE(client.is_closed());
     }
+    expect_served();
+}
+
+TEST_F(ServerTest, closes_at_an_absurd_length_behind_a_request)
+{
+    const auto agent = serve();
+    const AgentClient client(path_);
+    const std::string request = bytes_of(request_of(63, 0, 4)) + "word";
+    ASSERT_TRUE(client.send_bytes(request + bytes_of(request_of(63, 0, 0xFFFFFFFF))));
+    EXPECT_EQ(client.receive(60).size(), 60U);
+    EXPECT_TRUE(client.is_closed());
     expect_served();
 }
 

@@ -204,6 +204,15 @@ TEST(line, is_cut_to_its_buffer)
     });
 }
 
+TEST(line, leaves_out_the_arguments_behind_its_end)
+{
+    // The first two fill the buffer to the last character; "clear" would be a command.
+    const std::string blanks(16'383 - 5 - 1, ' ');
+    expect_rows({
+        {{"stop;", blanks, ";clear", "resume"}, {{0, ""}}, {set_log(2)}, "Suspended log\n"},
+    });
+}
+
 TEST(show_info, prints_the_status)
 {
     expect_rows({

@@ -82,7 +82,9 @@ def read_explanations(path):
     explained = {}
     for number, line in enumerate(open(path, encoding="utf-8"), 1):
         if line.strip() and not line.startswith("#"):
-            parts = [part.strip() for part in line.split(" | ")]
+            # The line itself may hold the separator.
+            parts = [part.strip() for part in line.split(" | ", 1)]
+            parts += [part.strip() for part in parts.pop().rsplit(" | ", 1)]
             if len(parts) != 3:
                 sys.exit(f"{path}:{number}: not 'FILE | LINE | REASON'")
             explained[parts[0], parts[1]] = parts[2]

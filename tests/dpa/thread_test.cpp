@@ -80,6 +80,14 @@ TEST(ktdpa_set_thread_name, cuts_at_15_characters)
     EXPECT_EQ(own_name(), "no_terminator_x");
 }
 
+TEST(ktdpa_set_thread_name, takes_no_name_for_an_empty_one)
+{
+    const NameGuard guard;
+    ktdpa_set_thread_name("before");
+    EXPECT_EQ(ktdpa_set_thread_name(nullptr), 0);
+    EXPECT_EQ(own_name(), "");
+}
+
 // A thread that says its name and waits to be let go or cancelled.
 struct Worker {
     std::string name;

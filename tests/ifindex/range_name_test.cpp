@@ -264,6 +264,18 @@ TEST(snprintf_if_index_range, leaves_the_buffer_alone_when_the_ends_differ_in_ty
     }
 }
 
+TEST(snprintf_if_index_range, writes_nothing_without_a_buffer)
+{
+    const IfIndex pair[] = {0x09010064, 0x09010065};
+    EXPECT_EQ(snprintf_if_index_range(nullptr, 32, pair), 0);
+    EXPECT_EQ(snprintf_if_index_range_short(nullptr, 32, pair), 0);
+    for (const int32_t size : {0, -1, INT32_MIN}) {
+        guarded_buffer buffer;
+        EXPECT_EQ(snprintf_if_index_range(buffer.at(), size, pair), 0);
+        buffer.expect_untouched();
+    }
+}
+
 TEST(snprintf_if_index_range, empties_a_buffer_that_is_too_small_for_the_first_name)
 {
     const IfIndex pair[2] = {0x1a000000, 0x1a001000};
