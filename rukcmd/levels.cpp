@@ -40,7 +40,8 @@ void ruk_log_level_letters(char *out, uint32_t mask)
 {
     for (const LogLevel *row = ruk_log_levels; row->name != nullptr; ++row) {
         const bool is_on = (mask & row->bit) != 0;
-        *out++ = is_on ? kttext::upper(row->letter) : ' ';
+        // Not toupper: a Turkish locale has another letter for "i".
+        *out++ = is_on ? static_cast<char>(row->letter - 'a' + 'A') : ' ';
     }
     *out = '\0';
 }

@@ -18,11 +18,6 @@ constexpr char lower(char c)
     return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
 }
 
-constexpr char upper(char c)
-{
-    return c >= 'a' && c <= 'z' ? static_cast<char>(c - 'a' + 'A') : c;
-}
-
 constexpr bool is_printable(char c)
 {
     return c >= ' ' && c <= '~';

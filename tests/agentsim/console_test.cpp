@@ -109,7 +109,7 @@ TEST(console, prompts_at_a_terminal)
 
 TEST(console, refuses_a_line_that_is_too_long)
 {
-    EXPECT_EQ(console(0, "stop\n" + std::string(20'000, 'x') + ";clear\nclear\n"),
+    EXPECT_EQ(console(0, "stop\n" + std::string(40'000, 'x') + ";clear\nclear\n"),
               "Will suspend log after next 0 entries\n"
               "The line is too long; nothing of it was run.\n"
               "Cleared log\n");

@@ -216,6 +216,8 @@ TEST_F(FeedersTest, an_empty_pipe_is_no_end)
     EXPECT_TRUE(lines.collect(service_, 0));
     close(ends[1]);
     EXPECT_FALSE(lines.collect(service_, 0));
+    LineFeeder folder(UniqueFd(open("/", O_RDONLY | O_CLOEXEC)), Ending::LINE_FEED);
+    EXPECT_FALSE(folder.collect(service_, 0));
     EXPECT_TRUE(entries().empty());
 }
 

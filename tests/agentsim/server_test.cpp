@@ -56,14 +56,16 @@ protected:
     }
 
     // Binds a socket file as a server that has died leaves it behind.
-    void leave_dead_socket(int type = SOCK_STREAM) const
+    void leave_dead_socket() const { close(bound_socket(SOCK_STREAM)); }
+
+    int bound_socket(int type) const
     {
         const int fd = socket(AF_UNIX, type, 0);
         sockaddr_un address{};
         address.sun_family = AF_UNIX;
         path_.copy(address.sun_path, sizeof address.sun_path - 1);
-        ASSERT_EQ(bind(fd, reinterpret_cast<const sockaddr *>(&address), sizeof address), 0);
-        close(fd);
+        EXPECT_EQ(bind(fd, reinterpret_cast<const sockaddr *>(&address), sizeof address), 0);
+        return fd;
     }
 
     void expect_served() const
@@ -194,11 +196,12 @@ TEST_F(ServerTest, leaves_a_file_that_is_no_socket)
 // Nothing is known about what answers there, so it stays.
 TEST_F(ServerTest, leaves_a_socket_of_another_kind)
 {
-    leave_dead_socket(SOCK_DGRAM);
+    const int fd = bound_socket(SOCK_DGRAM);
     const auto agent = launch();
     EXPECT_EQ(end_of(*agent), "1 ruklog-agentsim: cannot tell whether an Agent is serving " +
                                   path_ + ": Protocol wrong type for socket\n");
     EXPECT_TRUE(exists(path_));
+    close(fd);
 }
 
 TEST_F(ServerTest, stops_when_its_socket_has_gone)
