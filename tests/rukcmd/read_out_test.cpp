@@ -132,6 +132,28 @@ TEST_F(read_out, releases_the_log_before_it_ends_by_the_signal)
     }
 }
 
+// A host's handler gets the signal after the release, one of three arguments too.
+TEST_F(read_out, hands_the_signal_to_the_hosts_handler)
+{
+    FakeLog log;
+    log.add_events(0, 99);
+    log.set_enabled(true);
+    Target target;
+    const ScriptedAgent agent(serve_and_at(log, 3, [&] { target.send_signal(SIGTERM); }));
+    Forked tool([] {
+        struct sigaction action {
+        };
+        action.sa_flags = SA_SIGINFO;
+        action.sa_sigaction = [](int number, siginfo_t *, void *) { _exit(number + 100); };
+        sigaction(SIGTERM, &action, nullptr);
+        run_command("show all");
+    });
+    target.set(tool);
+    EXPECT_EQ(tool.wait().exit_status, SIGTERM + 100);
+    EXPECT_EQ(opcodes_of(agent), (Opcodes{"236/2", "234/0", "234/0", "234/0", "236/3"}));
+    EXPECT_TRUE(log.is_enabled());
+}
+
 TEST_F(read_out, finishes_the_release_that_a_signal_meets)
 {
     FakeLog log;
