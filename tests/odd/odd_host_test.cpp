@@ -103,6 +103,7 @@ TEST(closed_descriptors, leave_the_status_of_a_failed_start)
     }
 }
 
+#ifndef RUK_SANITIZED
 // The entries of a read-out are kept in memory; without it they are printed as they come.
 TEST(short_memory, costs_no_entry)
 {
@@ -112,6 +113,7 @@ TEST(short_memory, costs_no_entry)
     EXPECT_EQ(outcome.out, k_entry_header + numbered_lines(0, 39'999));
     EXPECT_EQ(asked(agent).back(), "236/3");
 }
+#endif
 
 // What the C library makes of the variable: UTC of what it does not understand.
 TEST(time_zone, is_the_c_librarys)
