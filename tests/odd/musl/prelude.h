@@ -1,4 +1,5 @@
-/* Before any source of the tool: what libstdc++'s headers take from glibc and musl does not have. */
+/* Before any source of the tool: what libstdc++'s headers take from glibc and musl does not have.
+ */
 #define __locale_t locale_t
 enum {
     _ISupper = 1 << 0,
