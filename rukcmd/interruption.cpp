@@ -4,6 +4,8 @@
 #include <cerrno>
 #include <csignal>
 #include <ctime>
+#include <sys/syscall.h>
+#include <unistd.h>
 
 namespace
 {
@@ -14,29 +16,24 @@ struct GuardedSignal {
     struct sigaction former;
 };
 
-// The last one tells the end of the grace.  It is one that nobody sends, since a signal that waits
-// to be delivered takes in another of its number: the end of the grace would lose the second
-// signal.
+// The end of the grace is told by a signal that nobody sends, since one that waits to be delivered
+// takes in another of its number: the second signal would be lost.  It is the last but one.
 GuardedSignal guarded[] = {
-    {SIGINT, 0, {}},  {SIGTERM, 0, {}}, {SIGHUP, 0, {}},
-    {SIGQUIT, 0, {}}, {SIGPIPE, 0, {}}, {SIGRTMAX - 1, 0, {}},
+    {SIGINT, 0, {}},  {SIGTERM, 0, {}}, {SIGHUP, 0, {}},    {SIGQUIT, 0, {}},
+    {SIGPIPE, 0, {}}, {SIGTSTP, 0, {}}, {_NSIG - 2, 0, {}},
 };
-GuardedSignal &end_of_grace = guarded[5];
+GuardedSignal &end_of_grace = guarded[6];
 
-volatile sig_atomic_t noted = 0;   // the first signal
-volatile sig_atomic_t waiting = 0; // one that came within the first one's grace
+volatile sig_atomic_t noted = 0;      // the first signal
+volatile sig_atomic_t waiting = 0;    // one that came within the first one's grace
+volatile sig_atomic_t suspension = 0; // SIGTSTP, when it came
 
-constexpr timespec k_grace{.tv_sec = 0, .tv_nsec = 40'000'000};
-timer_t grace_timer;
+enum Grace : sig_atomic_t { k_none, k_possible, k_running };
+volatile sig_atomic_t grace = k_none;
+
+constexpr timespec k_grace_length{.tv_sec = 0, .tv_nsec = 40'000'000};
 bool has_timer = false;
-
-sigset_t set_of(int number)
-{
-    sigset_t signals;
-    sigemptyset(&signals);
-    sigaddset(&signals, number);
-    return signals;
-}
+int timer; // the kernel's number of it
 
 void raise_once(volatile sig_atomic_t &signal)
 {
@@ -49,7 +46,7 @@ void raise_once(volatile sig_atomic_t &signal)
 
 bool is_end_of_grace(const siginfo_t &info)
 {
-    return info.si_code == SI_TIMER && info.si_value.sival_ptr == &grace_timer;
+    return info.si_code == SI_TIMER && info.si_value.sival_ptr == &timer;
 }
 
 // Called by the handler too: nothing but sigaction.  Each disposition is put back once: what the
@@ -64,42 +61,48 @@ void restore_former()
     }
 }
 
-bool create_timer()
+// Called by the handler, which is why the kernel is asked itself: the C library's call allocates
+// memory.  False where timers are refused.
+bool start_grace()
 {
+    if (grace != k_possible) {
+        return false;
+    }
     struct sigevent event {
     };
     event.sigev_notify = SIGEV_SIGNAL;
     event.sigev_signo = end_of_grace.number;
-    event.sigev_value.sival_ptr = &grace_timer;
-    return timer_create(CLOCK_MONOTONIC, &event, &grace_timer) == 0;
+    event.sigev_value.sival_ptr = &timer;
+    has_timer = syscall(SYS_timer_create, CLOCK_MONOTONIC, &event, &timer) == 0;
+    const itimerspec once{.it_interval = {}, .it_value = k_grace_length};
+    const bool runs = has_timer && syscall(SYS_timer_settime, timer, 0, &once, nullptr) == 0;
+    grace = runs ? k_running : k_none;
+    return runs;
 }
 
-// Called by the handler.  False where timers are refused.
-bool start_grace()
-{
-    const itimerspec once{.it_interval = {}, .it_value = k_grace};
-    return has_timer && timer_settime(grace_timer, 0, &once, nullptr) == 0;
-}
-
-// Called with the signals blocked, and takes back an end of the grace that waits to be delivered.
 void remove_timer()
 {
+    grace = k_none;
     if (has_timer) {
         has_timer = false;
-        timer_delete(grace_timer);
-        const sigset_t signals = set_of(end_of_grace.number);
-        const timespec no_wait{};
-        sigtimedwait(&signals, nullptr, &no_wait);
+        syscall(SYS_timer_delete, timer);
     }
 }
 
-void take_signal(int number, const siginfo_t &info)
+void end_grace()
 {
-    if (is_end_of_grace(info)) {
-        if (noted != 0) {
-            restore_former();
-            raise_once(waiting);
-        }
+    if (grace == k_running) {
+        grace = k_none;
+        restore_former();
+        raise_once(waiting);
+    }
+}
+
+void take_signal(int number)
+{
+    if (number == SIGTSTP) {
+        // A suspended tool would keep the log stopped until someone continues it.
+        suspension = number;
     } else if (noted != 0) {
         waiting = number;
     } else {
@@ -113,7 +116,11 @@ void take_signal(int number, const siginfo_t &info)
 void handle(int number, siginfo_t *info, void *)
 {
     const int error = errno;
-    take_signal(number, *info);
+    if (is_end_of_grace(*info)) {
+        end_grace();
+    } else {
+        take_signal(number);
+    }
     errno = error;
 }
 
@@ -137,32 +144,14 @@ private:
     sigset_t former_;
 };
 
-// A suspended tool would keep the log stopped until someone continues it.
-bool suspension_waits = false;
-
-void put_suspension_off()
-{
-    const sigset_t signals = set_of(SIGTSTP);
-    sigset_t former;
-    pthread_sigmask(SIG_BLOCK, &signals, &former);
-    suspension_waits = sigismember(&former, SIGTSTP) == 0;
-}
-
-void allow_suspension()
-{
-    if (suspension_waits) {
-        suspension_waits = false;
-        const sigset_t signals = set_of(SIGTSTP);
-        pthread_sigmask(SIG_UNBLOCK, &signals, nullptr);
-    }
-}
-
 void install(const GuardedSignal &signal, bool restarts)
 {
     struct sigaction action {
     };
     action.sa_sigaction = handle;
-    action.sa_flags = SA_SIGINFO | (restarts ? SA_RESTART : 0);
+    // To be suspended ends no system call, whenever it is.
+    const bool goes_on = restarts || signal.number == SIGTSTP;
+    action.sa_flags = SA_SIGINFO | (goes_on ? SA_RESTART : 0);
     // One signal is taken whole before the next.
     sigfillset(&action.sa_mask);
     sigaction(signal.number, &action, nullptr);
@@ -183,16 +172,16 @@ void catch_signal(GuardedSignal &signal, bool restarts)
 
 InterruptionGuard::InterruptionGuard()
 {
-    put_suspension_off();
     const SignalsBlocked blocked;
     noted = 0;
     waiting = 0;
+    suspension = 0;
     for (GuardedSignal &signal : guarded) {
         catch_signal(signal, restarts_);
     }
     // Without an end there can be no grace.
-    has_timer =
-        end_of_grace.caught != 0 && !blocked.was_blocked(end_of_grace.number) && create_timer();
+    const bool can_end = end_of_grace.caught != 0 && !blocked.was_blocked(end_of_grace.number);
+    grace = can_end ? k_possible : k_none;
 }
 
 InterruptionGuard::~InterruptionGuard()
@@ -222,11 +211,15 @@ void InterruptionGuard::restart_calls(bool restarts)
 void InterruptionGuard::end()
 {
     {
+        // An end of the grace that waits is delivered behind this block, and means nothing then.
         const SignalsBlocked blocked;
         remove_timer();
+    }
+    {
+        const SignalsBlocked blocked;
         restore_former();
     }
     raise_once(noted);
     raise_once(waiting);
-    allow_suspension();
+    raise_once(suspension);
 }
