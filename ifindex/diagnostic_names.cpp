@@ -11,7 +11,7 @@ namespace
 
 using namespace ifindex;
 
-char *write_three(char *at, const char *word, uint32_t a, uint32_t b, uint32_t c)
+char *write_three(char *at, std::string_view word, uint32_t a, uint32_t b, uint32_t c)
 {
     at = put_decimal(put_text(at, word), a);
     return put_next_decimal(put_next_decimal(at, '/', b), '/', c);

@@ -81,7 +81,7 @@ uint32_t build_vfc(IfIndex *out, const coordinates &from)
 }
 
 // Ports that only the interface database knows.
-uint32_t look_up(const char *word, int32_t number, IfIndex *out)
+uint32_t look_up(std::string_view word, int32_t number, IfIndex *out)
 {
     char name[k_name_room];
     finish_name(name, put_signed_decimal(put_text(name, word), number));

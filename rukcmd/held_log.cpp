@@ -16,7 +16,7 @@ namespace
 
 constexpr size_t k_first_capacity = 1024;
 constexpr size_t k_most_entries = size_t{1} << 20;
-constexpr size_t k_block_size = 65536;
+constexpr size_t k_block_size = size_t{128} * 1024;
 
 // What has been read is then printed before the release: the release connects anew, and what that
 // has to say when the Agent is gone belongs behind the entries.

@@ -3,6 +3,8 @@
 
 #include <cerrno>
 #include <csignal>
+#include <cstdint>
+#include <cstring>
 #include <ctime>
 #include <sys/syscall.h>
 #include <unistd.h>
@@ -51,13 +53,18 @@ bool is_end_of_grace(const siginfo_t &info)
 
 // Called by the handler too: nothing but sigaction.  Each disposition is put back once: what the
 // host's own handler changes from then on is the host's.
+void restore(GuardedSignal &signal)
+{
+    if (signal.caught != 0) {
+        signal.caught = 0;
+        sigaction(signal.number, &signal.former, nullptr);
+    }
+}
+
 void restore_former()
 {
     for (GuardedSignal &signal : guarded) {
-        if (signal.caught != 0) {
-            signal.caught = 0;
-            sigaction(signal.number, &signal.former, nullptr);
-        }
+        restore(signal);
     }
 }
 
@@ -138,33 +145,40 @@ public:
     SignalsBlocked(const SignalsBlocked &) = delete;
     SignalsBlocked &operator=(const SignalsBlocked &) = delete;
 
-    bool was_blocked(int number) const { return sigismember(&former_, number) == 1; }
+    // A set is the kernel's: a bit for each signal, from 1 on.
+    bool was_blocked(int number) const
+    {
+        uint64_t bits;
+        memcpy(&bits, &former_, sizeof bits);
+        return (bits >> (number - 1) & 1) != 0;
+    }
 
 private:
     sigset_t former_;
 };
 
-void install(const GuardedSignal &signal, bool restarts)
+// Stores what was there before in *former, unless that is null.
+void install(int number, bool restarts, struct sigaction *former)
 {
     struct sigaction action {
     };
     action.sa_sigaction = handle;
     // To be suspended ends no system call, whenever it is.
-    const bool goes_on = restarts || signal.number == SIGTSTP;
+    const bool goes_on = restarts || number == SIGTSTP;
     action.sa_flags = SA_SIGINFO | (goes_on ? SA_RESTART : 0);
     // One signal is taken whole before the next.
     sigfillset(&action.sa_mask);
-    sigaction(signal.number, &action, nullptr);
+    sigaction(number, &action, former);
 }
 
 void catch_signal(GuardedSignal &signal, bool restarts)
 {
-    sigaction(signal.number, nullptr, &signal.former);
-    const bool is_ignored =
+    install(signal.number, restarts, &signal.former);
+    const bool was_ignored =
         (signal.former.sa_flags & SA_SIGINFO) == 0 && signal.former.sa_handler == SIG_IGN;
-    if (!is_ignored) {
-        install(signal, restarts);
-        signal.caught = 1;
+    signal.caught = 1;
+    if (was_ignored) {
+        restore(signal);
     }
 }
 
@@ -203,13 +217,17 @@ void InterruptionGuard::restart_calls(bool restarts)
     restarts_ = restarts;
     for (const GuardedSignal &signal : guarded) {
         if (signal.caught != 0) {
-            install(signal, restarts);
+            install(signal.number, restarts, nullptr);
         }
     }
 }
 
 void InterruptionGuard::end()
 {
+    if (ended_) {
+        return;
+    }
+    ended_ = true;
     {
         // An end of the grace that waits is delivered behind this block, and means nothing then.
         const SignalsBlocked blocked;

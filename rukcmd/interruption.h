@@ -29,4 +29,5 @@ public:
 
 private:
     bool restarts_ = true;
+    bool ended_ = false;
 };
