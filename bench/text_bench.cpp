@@ -47,22 +47,44 @@ std::string draw_mac(random_numbers &random)
     return text;
 }
 
-// Half of them eight groups of any length, half with a run of zero groups left out.
+// As inet_ntop prints the addresses of hosts.  Half of them have no run of zero groups to leave
+// out; of the others there are as many of each of four sorts.
 std::string draw_ipv6(random_numbers &random)
 {
-    const bool whole = random.between(0, 1) == 1;
-    const uint32_t run = whole ? 0 : random.between(2, 7);
-    const uint32_t at = random.between(0, 8 - run);
-    std::string text;
-    for (uint32_t i = 0; i < 8; ++i) {
-        if (i >= at && i < at + run) {
-            text += i == at ? "::" : "";
-            continue;
-        }
-        text += text.empty() || text.back() == ':' ? "" : ":";
-        text += fmt::format("{:x}", random.of_random_length(16, 0xffff));
+    std::array<uint16_t, 8> groups{};
+    const auto fill = [&](size_t from, size_t behind, auto draw) {
+        std::generate(groups.begin() + from, groups.begin() + behind,
+                      [draw] { return htons(static_cast<uint16_t>(draw())); });
+    };
+    const auto of_any_length = [&] { return random.of_random_length(16, 0xffff); };
+    const auto any = [&] { return random.between(0, 0xffff); };
+    const auto global = [&] { return random.between(0x2000, 0x3fff); };
+    switch (random.between(0, 7)) {
+    case 0: // A server, with a low number in its network.
+        fill(0, 1, global);
+        fill(1, random.between(2, 4), of_any_length);
+        fill(7, 8, of_any_length);
+        break;
+    case 1: // On the link.
+        fill(0, 1, [] { return 0xfe80; });
+        fill(4, 8, any);
+        break;
+    case 2: // Neighbours asked for.
+        fill(0, 1, [] { return 0xff02; });
+        fill(5, 6, [] { return 1; });
+        fill(6, 7, [&] { return random.between(0xff00, 0xffff); });
+        fill(7, 8, any);
+        break;
+    case 3: // The loopback and its like.
+        fill(7, 8, of_any_length);
+        break;
+    default: // A host that drew its number in a network.
+        fill(0, 1, global);
+        fill(1, 4, of_any_length);
+        fill(4, 8, any);
     }
-    return text;
+    char text[INET6_ADDRSTRLEN];
+    return inet_ntop(AF_INET6, groups.data(), text, sizeof text);
 }
 
 template <typename address, typename parse_function> auto into(parse_function parse)
