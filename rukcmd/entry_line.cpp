@@ -29,7 +29,7 @@ constexpr auto k_pairs = [] {
 
 void put_pair(char *out, uint32_t value)
 {
-    memcpy(out, &k_pairs[value * 2], 2);
+    memcpy(out, &k_pairs[size_t{2} * value], 2);
 }
 
 // Fills the columns in front of what is put there right-aligned.

@@ -165,14 +165,15 @@ TEST_F(entry_line_, is_what_the_format_says_at_every_edge)
     for (const uint64_t number : numbers) {
         const auto narrow = static_cast<uint32_t>(number);
         const auto half = static_cast<uint16_t>(number);
-        for (const auto &set : std::initializer_list<std::function<void(LogEntry &)>>{
-                 [=](LogEntry &row) { row.seconds = narrow; },
-                 [=](LogEntry &row) { row.microseconds = narrow; },
-                 [=](LogEntry &row) { row.entry = number; },
-                 [=](LogEntry &row) { row.module = narrow; },
-                 [=](LogEntry &row) { row.level = half; },
-                 [=](LogEntry &row) { row.cpu = half; },
-             }) {
+        const std::function<void(LogEntry &)> sets[] = {
+            [=](LogEntry &row) { row.seconds = narrow; },
+            [=](LogEntry &row) { row.microseconds = narrow; },
+            [=](LogEntry &row) { row.entry = number; },
+            [=](LogEntry &row) { row.module = narrow; },
+            [=](LogEntry &row) { row.level = half; },
+            [=](LogEntry &row) { row.cpu = half; },
+        };
+        for (const auto &set : sets) {
             LogEntry row = entry;
             set(row);
             expect_line_of_the_format(row);
