@@ -118,11 +118,13 @@ template <size_t kind> keyword_match find_from(const char *name)
 using finder = keyword_match (*)(const char *name);
 
 // The comparison that begins with each kind; the one behind the last finds nothing.
-constexpr auto k_finders = []<size_t... kinds>(std::index_sequence<kinds...>)
+template <size_t... kinds>
+constexpr std::array<finder, sizeof...(kinds)> make_finders(std::index_sequence<kinds...>)
 {
-    return std::array<finder, k_keyword_count + 1>{find_from<kinds>...};
+    return {find_from<kinds>...};
 }
-(std::make_index_sequence<k_keyword_count + 1>());
+
+constexpr auto k_finders = make_finders(std::make_index_sequence<k_keyword_count + 1>());
 
 // Where the comparison of a slot's names begins.
 constexpr auto k_first_in_slot = [] {

@@ -28,7 +28,7 @@ struct short_decimal {
 
 inline constexpr std::array<short_decimal, 1000> k_short_decimals = [] {
     std::array<short_decimal, 1000> decimals{};
-    for (size_t number = 0; number < decimals.size(); ++number) {
+    for (size_t number = 0; number != decimals.size(); ++number) {
         const char last = static_cast<char>('0' + number % 10);
         const char middle = static_cast<char>('0' + number / 10 % 10);
         const char first = static_cast<char>('0' + number / 100);

@@ -20,7 +20,7 @@ constexpr uint32_t k_microseconds = 1'000'000; // in a second
 // "00" to "99" in a row.
 constexpr auto k_pairs = [] {
     std::array<char, 200> pairs{};
-    for (size_t i = 0; i < pairs.size(); i += 2) {
+    for (size_t i = 0; i != pairs.size(); i += 2) {
         pairs[i] = static_cast<char>('0' + i / 20);
         pairs[i + 1] = static_cast<char>('0' + i / 2 % 10);
     }

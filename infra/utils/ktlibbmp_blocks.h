@@ -72,7 +72,7 @@ template <class Unsigned, class Narrower> struct integer_ops {
     static uint64_t words_with_edges(uint64_t v, uint64_t before)
     {
         const uint64_t on_top = before << (std::endian::native == std::endian::little ? 7 : 63);
-        return v != static_cast<uint64_t>(static_cast<int64_t>(on_top) >> 63) ? 1 : 0;
+        return v != 0 - (on_top >> 63) ? 1 : 0;
     }
 
     // Adds up each byte's bits, then the bytes.  Compilers know the pattern and use the

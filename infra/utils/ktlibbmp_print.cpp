@@ -19,7 +19,7 @@ constexpr size_t k_longest_item = 22;
 // The last two digits of the numbers from 0 to 199.
 constexpr auto k_pairs = [] {
     std::array<std::array<char, 2>, 200> pairs{};
-    for (size_t i = 0; i < pairs.size(); ++i) {
+    for (size_t i = 0; i != pairs.size(); ++i) {
         pairs[i] = {static_cast<char>('0' + i / 10 % 10), static_cast<char>('0' + i % 10)};
     }
     return pairs;

@@ -90,7 +90,7 @@ template <typename word_type> inline word_type load_word(const void *from)
 inline constexpr auto k_hex_pairs = [] {
     std::array<uint16_t, 256> pairs{};
     constexpr char digits[] = "0123456789abcdef";
-    for (size_t byte = 0; byte < pairs.size(); ++byte) {
+    for (size_t byte = 0; byte != pairs.size(); ++byte) {
         pairs[byte] = static_cast<uint16_t>(digits[byte & 0xf] << 8 | digits[byte >> 4]);
     }
     return pairs;

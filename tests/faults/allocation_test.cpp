@@ -94,6 +94,14 @@ int32_t create_helper_thread()
     return result;
 }
 
+// The handle is the caller's.
+void join_thread()
+{
+    EXPECT_EQ(pthread_join(*thread, nullptr), 0);
+    free(thread);
+    thread = nullptr;
+}
+
 int32_t create_thread()
 {
     return ktdpa_thread_create(do_nothing, nullptr, "thread");
@@ -218,12 +226,10 @@ TEST_F(Allocation, refused_to_the_thread_wrappers)
                    "\n"}},
              0},
             Owner::library);
-        EXPECT_EQ(pthread_join(*thread, nullptr), 0);
-        free(thread);
+        join_thread();
     }
     expect_refusals({"helper thread", create_helper_thread, {{12, helper}}, 0}, Owner::product);
-    EXPECT_EQ(pthread_join(*thread, nullptr), 0);
-    free(thread);
+    join_thread();
     expect_refusals({"thread",
                      create_thread,
                      {{12, "DPATHREAD_MALLOC_ERR ktdpa_thread_create: Failed to alloc thread "

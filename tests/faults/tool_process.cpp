@@ -132,6 +132,8 @@ ToolEnd run_tool(const FaultyAgent &agent, const std::vector<std::string> &argum
         const Blocks blocks;
         std::optional<Sabotage> sabotage;
         arm(sabotage);
+        // The process ends before what it refers to.
+        // cppcheck-suppress danglingLifetime
         in_pause = [&] {
             sabotage.reset();
             agent.come_back();

@@ -120,7 +120,8 @@ std::vector<Item> items_after(const Bits &bits, int32_t after)
 {
     std::vector<Item> items;
     const auto searched = static_cast<int32_t>(bits.size() / 32 * 32);
-    for (int32_t i = first_from(bits, int64_t{after} + 1, true); i >= 0;) {
+    int32_t i = first_from(bits, int64_t{after} + 1, true);
+    while (i >= 0) {
         int32_t last = i;
         while (last + 1 < searched && bits[static_cast<size_t>(last) + 1] != 0) {
             ++last;

@@ -141,7 +141,7 @@ private:
         (void)!write(releases_, &held, sizeof held);
     }
 
-    char block_[4096];
+    char block_[4096]{};
     std::vector<std::string> log_;
     std::string info_;
     int releases_;
