@@ -440,7 +440,7 @@ struct OctetText {
 
 constexpr std::array<OctetText, 256> k_octet_texts = [] {
     std::array<OctetText, 256> texts{};
-    for (uint32_t octet = 0; octet < texts.size(); ++octet) {
+    for (uint32_t octet = 0; octet != texts.size(); ++octet) {
         OctetText &text = texts[octet];
         for (uint32_t unit = octet > 99 ? 100 : octet > 9 ? 10 : 1; unit > 0; unit /= 10) {
             text.chars |= ('0' + octet / unit % 10) << text.bits;
