@@ -3,7 +3,9 @@
 //
 // RUK_SEED repeats a run.
 #include <array>
+#include <ctime>
 #include <fcntl.h>
+#include <poll.h>
 #include <random>
 
 #include "tests/agentsim/attack.h"
@@ -429,4 +431,66 @@ TEST_F(Attack, takes_every_descriptor_that_there_is)
     EXPECT_EQ(further.info().total, k_entries);
     EXPECT_TRUE(clients.front()->is_closed());
     EXPECT_EQ(clients.back()->info().total, k_entries);
+}
+
+namespace
+{
+
+// Long enough for an answer, were there one.
+constexpr milliseconds k_no_answer{300};
+
+bool is_answered(const AgentClient &client)
+{
+    pollfd answer{.fd = client.fd(), .events = POLLIN, .revents = 0};
+    return poll(&answer, 1, static_cast<int>(k_no_answer.count())) > 0;
+}
+
+void limit_descriptors(const Child &agent, rlim_t limit)
+{
+    rlimit limits{};
+    EXPECT_EQ(prlimit(agent.pid(), RLIMIT_NOFILE, nullptr, &limits), 0);
+    limits.rlim_cur = limit;
+    EXPECT_EQ(prlimit(agent.pid(), RLIMIT_NOFILE, &limits, nullptr), 0);
+}
+
+std::chrono::nanoseconds processor_time(const Child &agent)
+{
+    clockid_t clock;
+    timespec time{};
+    EXPECT_EQ(clock_getcpuclockid(agent.pid(), &clock), 0);
+    EXPECT_EQ(clock_gettime(clock, &time), 0);
+    return std::chrono::seconds(time.tv_sec) + std::chrono::nanoseconds(time.tv_nsec);
+}
+
+} // namespace
+
+// Who cannot be served waits, and is not asked about over and over.
+TEST_F(Attack, finds_no_descriptor_left)
+{
+    const auto agent = serve_lines();
+    const rlim_t enough = limit_for(*agent, 1);
+    limit_descriptors(*agent, enough - 1);
+    const AgentClient waiting(path_);
+    EXPECT_TRUE(waiting.connected());
+    const auto before = processor_time(*agent);
+    EXPECT_FALSE(is_answered(waiting));
+    EXPECT_LT(processor_time(*agent) - before, milliseconds(20));
+    limit_descriptors(*agent, enough);
+    EXPECT_EQ(waiting.info().total, k_entries);
+}
+
+// The last descriptor is not taken from a client that holds the log.
+TEST_F(Attack, finds_the_last_descriptor_holding_the_log)
+{
+    const auto agent = serve_lines();
+    limit_descriptors(*agent, limit_for(*agent, 1));
+    AgentClient holder(path_);
+    holder.set_log(5, 0);
+    const AgentClient waiting(path_);
+    EXPECT_TRUE(waiting.connected());
+    waiting.send_bytes(entry_request());
+    EXPECT_FALSE(is_answered(waiting));
+    EXPECT_EQ(holder.info().total, k_entries);
+    holder.disconnect();
+    EXPECT_EQ(waiting.receive(entry_request().size()).size(), 208U);
 }

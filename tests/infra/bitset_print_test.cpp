@@ -90,6 +90,45 @@ TEST(bitset_sprintf, writes_numbers_of_every_length)
     expect_piece(whole, expected, 1, 0);
 }
 
+// Around every power of ten that a bit number can have behind 1,000,000, close together and far
+// apart.
+TEST(bitset_sprintf, writes_numbers_of_up_to_ten_digits)
+{
+    const struct {
+        std::vector<int32_t> bits;
+        const char *expected;
+    } rows[] = {
+        {{9999900, 9999999, 10000000, 10000002}, "9999900,9999999-10000000,10000002"},
+        {{12345678, 12345680, 12345681}, "12345678,12345680-12345681"},
+        {{99999900, 99999999, 100000000, 100000002}, "99999900,99999999-100000000,100000002"},
+        {{99999998, 100000001, 100000099}, "99999998,100000001,100000099"},
+        {{123456789, 123456791, 123456792, 123456809}, "123456789,123456791-123456792,123456809"},
+        {{900000000, 900000099, 900000100}, "900000000,900000099-900000100"},
+        {{999999900, 999999999, 1000000000, 1000000002},
+         "999999900,999999999-1000000000,1000000002"},
+        {{1000000000, 1000000002, 1000000003, 1000000031},
+         "1000000000,1000000002-1000000003,1000000031"},
+        {{7, 8, 99999999, 100000000, 1000000031}, "7-8,99999999-100000000,1000000031"},
+    };
+    // Memory that is clear from the start: what is only read takes up no room.
+    constexpr uint32_t k_size = 125'000'004;
+    const std::unique_ptr<void, void (*)(void *)> block(calloc(1, k_size + 4), free);
+    ASSERT_NE(block, nullptr);
+    auto *const b = static_cast<bitset *>(block.get());
+    b->size = k_size;
+    for (const auto &row : rows) {
+        for (const int32_t bit : row.bits) {
+            bitset_set_bit(b, bit);
+        }
+        char text[128];
+        EXPECT_EQ(bitset_sprintf(text, b), static_cast<int32_t>(strlen(row.expected)));
+        EXPECT_STREQ(text, row.expected);
+        for (const int32_t bit : row.bits) {
+            bitset_clear_bit(b, bit);
+        }
+    }
+}
+
 TEST(bitset_snprintf, goes_on_where_it_stopped)
 {
     set_of b(4, {0, 1, 2, 5, 7, 8});

@@ -321,6 +321,7 @@ TEST(bitset_kernels, the_first_use_of_any_loop_picks_the_best_that_runs_here)
         SCOPED_TRACE(row.name);
         ktlibbmp::force_kernels(nullptr);
         EXPECT_NE(&ktlibbmp::active_kernels(), best);
+        EXPECT_TRUE(ktlibbmp::active_kernels().runs_here());
         EXPECT_EQ(row.use(), row.expected);
         EXPECT_EQ(&ktlibbmp::active_kernels(), best);
     }
@@ -331,3 +332,30 @@ TEST(bitset_kernels, the_last_variant_runs_everywhere)
     EXPECT_STREQ(ktlibbmp::all_kernels().back()->name, "word");
     EXPECT_TRUE(ktlibbmp::all_kernels().back()->runs_here());
 }
+
+#if defined(__x86_64__)
+
+// A variant runs where the processor has its instructions, unless the user has turned them off for
+// the C library: GLIBC_TUNABLES=glibc.cpu.hwcaps=-AVX2.
+TEST(bitset_kernels, each_runs_where_its_instructions_are_and_are_not_turned_off)
+{
+    const char *const tunables = getenv("GLIBC_TUNABLES");
+    const std::string_view off = tunables != nullptr ? tunables : "";
+    const bool popcnt = __builtin_cpu_supports("popcnt") != 0 && !off.ends_with("-POPCNT");
+    const bool avx2 = popcnt && __builtin_cpu_supports("avx2") != 0 &&
+                      __builtin_cpu_supports("bmi") != 0 && __builtin_cpu_supports("bmi2") != 0 &&
+                      !off.ends_with("-AVX2");
+    const bool avx512 = avx2 && __builtin_cpu_supports("avx512bw") != 0 &&
+                        __builtin_cpu_supports("avx512vpopcntdq") != 0 &&
+                        !off.ends_with("-AVX512F");
+    const std::pair<const char *, bool> expected[] = {
+        {"avx512", avx512}, {"avx2", avx2}, {"popcnt", popcnt}, {"word", true}};
+    const auto variants = ktlibbmp::all_kernels();
+    ASSERT_EQ(variants.size(), std::size(expected));
+    for (size_t i = 0; i < variants.size(); ++i) {
+        EXPECT_STREQ(variants[i]->name, expected[i].first);
+        EXPECT_EQ(variants[i]->runs_here(), expected[i].second) << variants[i]->name;
+    }
+}
+
+#endif

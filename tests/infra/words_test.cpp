@@ -71,6 +71,11 @@ TEST(stris, compares_whole_words_ignoring_case)
         {" x", "", 0},
         {"x", "", 1},
         {"", "x", 1},
+        // The word ends where the keyword goes on with the same character.
+        {"show info", "show info", 1},
+        {"show;", "show;", 1},
+        {"show\t", "show\t", 1},
+        {" ", " ", 1},
     };
     for (const auto &row : rows) {
         SCOPED_TRACE(row.word);

@@ -4,6 +4,7 @@
 
 #include <atomic>
 #include <csignal>
+#include <ctime>
 #include <fstream>
 #include <future>
 #include <sys/resource.h>
@@ -325,6 +326,45 @@ TEST_F(read_out, releases_the_log_where_timers_are_refused)
     EXPECT_EQ(tool.wait().signal, SIGINT);
     EXPECT_EQ(opcodes_of(agent), (Opcodes{"236/2", "234/0", "234/0", "236/3"}));
     EXPECT_TRUE(log.is_enabled());
+}
+
+namespace
+{
+
+timer_t host_timer;
+
+void start_host_timer(int)
+{
+    const itimerspec at_once{.it_interval = {}, .it_value = {.tv_sec = 0, .tv_nsec = 1}};
+    timer_settime(host_timer, 0, &at_once, nullptr);
+}
+
+} // namespace
+
+// A signal of one of the host's timers is no end of the grace.
+TEST_F(read_out, releases_the_log_before_it_ends_by_the_hosts_timer)
+{
+    for (const int number : {SIGTERM, SIGRTMAX - 1}) {
+        SCOPED_TRACE(number);
+        FakeLog log;
+        log.add_events(0, 999);
+        log.set_enabled(true);
+        Target target;
+        const ScriptedAgent agent(serve_and_at(log, 2, [&] { target.send_signal(SIGUSR1); }));
+        Forked tool([ends = number] {
+            sigevent event{};
+            event.sigev_notify = SIGEV_SIGNAL;
+            event.sigev_signo = ends;
+            timer_create(CLOCK_MONOTONIC, &event, &host_timer);
+            signal(SIGUSR1, start_host_timer);
+            run_command("show all");
+        });
+        target.set(tool);
+        EXPECT_EQ(tool.wait().signal, number);
+        EXPECT_EQ(opcodes_of(agent).back(), "236/3");
+        EXPECT_LT(opcodes_of(agent).size(), 1002U);
+        EXPECT_TRUE(log.is_enabled());
+    }
 }
 
 TEST_F(read_out, is_suspended_after_the_release)
