@@ -48,7 +48,10 @@ endif()
 option(RUK_COVERAGE "Count what runs (clang only)" OFF)
 if(RUK_COVERAGE)
     target_compile_options(ruk_sanitizers INTERFACE
-        -fprofile-instr-generate -fcoverage-mapping "SHELL:-mllvm -runtime-counter-relocation")
+        -fprofile-instr-generate -fcoverage-mapping "SHELL:-mllvm -runtime-counter-relocation"
+        # Threads and processes count together.  Outcomes are differences of counts, so one that is
+        # lost would pass for an outcome that was seen.
+        -fprofile-update=atomic)
     target_link_options(ruk_sanitizers INTERFACE -fprofile-instr-generate)
 endif()
 
