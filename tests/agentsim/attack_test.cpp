@@ -384,7 +384,7 @@ TEST_F(Attack, by_a_crowd_that_is_killed_inside_its_holds)
     for (int i = 0; i < 60; ++i) {
         holders.push_back(crowd(1, hold + hold + (i % 2 == 0 ? "" : "torn")));
     }
-    EXPECT_FALSE(is_logging(watcher));
+    EXPECT_TRUE(eventually([&] { return !is_logging(watcher); }));
     for (const auto &holder : holders) {
         holder->kill_them();
     }
