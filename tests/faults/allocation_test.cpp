@@ -247,8 +247,8 @@ struct Report {
     int result;
     int descriptors;
     int held;
-    int library_allocations;
-    int library_held;
+    int libc_allocations;
+    int libc_held;
     int32_t next_status;
 };
 struct CommandEnd {
@@ -284,8 +284,8 @@ Report *shared_report()
         fflush(stdout);
         report.refused = heap->has_refused();
         report.held = heap->held(Owner::product);
-        report.library_allocations = heap->allocations(Owner::library);
-        report.library_held = heap->held(Owner::library);
+        report.libc_allocations = heap->allocations(Owner::library);
+        report.libc_held = heap->held(Owner::library);
         heap.reset();
         report.result = result;
         report.descriptors = open_descriptors() - descriptors - (kt_dpa_call_fd >= 0 ? 1 : 0);
@@ -419,8 +419,8 @@ TEST_F(Allocation, refused_to_the_c_library_changes_nothing)
             EXPECT_EQ(end.report.next_status, 0);
             if (!end.report.refused) {
                 printf("%s: %d allocations of the C library, %d kept\n",
-                       command.arguments.back().c_str(), end.report.library_allocations,
-                       end.report.library_held);
+                       command.arguments.back().c_str(), end.report.libc_allocations,
+                       end.report.libc_held);
                 break;
             }
             ++refusals;
