@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "tests/rukcmd/rig.h"
+#include "tests/support/help_text.h"
 
 using namespace ruk_test;
 
@@ -47,28 +48,6 @@ const Row k_rows[] = {
 // clang-format on
 
 constexpr size_t k_row_count = 19;
-
-constexpr const char *k_help =
-    "ruklog help:\n"
-    "\n"
-    "show                             \n"
-    "show info                        Show log info\n"
-    "show all cookie <number>         Show all entries in the log\n"
-    "show last <number> cookie <number> \n"
-    "                                 Show last <n> entries in the log\n"
-    "                                 (minimum 1, default 25, maximum 10000)\n"
-    "show tail                        Show continuous tail (like unix 'tail -f')\n"
-    "start <entries>                  Start logging\n"
-    "                                 if <entries> is specified, stop after next <n>\n"
-    "stop <entries>                   Stop logging after next <n> entries\n"
-    "                                 or immediately if <entries> is unspecified.\n"
-    "resume                           Resume logging\n"
-    "                                 Any <entries> value from previous start or stop\n"
-    "                                 is preserved.\n"
-    "clear                            Clear the log\n"
-    "debug <module|all> [-][all|none|default|e|w|n|i|d|p|t] \n"
-    "                                 Enable and disable debug levels\n"
-    "show debug cookie <number>       Display debug settings\n";
 
 constexpr int32_t k_help_length = 1079;
 
@@ -223,13 +202,13 @@ TEST_F(ruk_log_help_, is_whole_to_the_byte)
     const std::string out =
         captured_stdout([&] { EXPECT_EQ(ruk_log_help(buffer.data(), 16384), k_help_length); });
     EXPECT_EQ(out, "");
-    EXPECT_STREQ(buffer.data(), k_help);
+    EXPECT_STREQ(buffer.data(), k_help.c_str());
     EXPECT_EQ(buffer[k_help_length + 1], '#');
 }
 
 TEST_F(ruk_log_help_, warns_when_the_buffer_is_too_small)
 {
-    const std::string help = k_help;
+    const std::string &help = k_help;
     for (const int32_t length : {0, 1, 12, 13, 500, k_help_length - 1, k_help_length}) {
         SCOPED_TRACE(length);
         std::vector<char> buffer(static_cast<size_t>(length) + 1, '#');
@@ -248,7 +227,7 @@ TEST_F(ruk_log_help_, warns_when_the_buffer_is_too_small)
                   EXPECT_EQ(ruk_log_help(enough.data(), k_help_length + 1), k_help_length);
               }),
               "");
-    EXPECT_STREQ(enough.data(), k_help);
+    EXPECT_STREQ(enough.data(), k_help.c_str());
 }
 
 TEST_F(ruk_log_help_, traces_its_arguments)
