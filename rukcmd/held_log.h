@@ -3,34 +3,11 @@
 // reader of the output costs no events.
 #pragma once
 
-#include <cstddef>
+#include <cstdint>
 
 #include "ruk/log.h"
 #include "rukcmd/interruption.h"
-
-// Entries, their messages settled, between reading and printing.
-class EntryStore
-{
-public:
-    EntryStore() = default;
-    ~EntryStore();
-    EntryStore(const EntryStore &) = delete;
-    EntryStore &operator=(const EntryStore &) = delete;
-
-    // False when memory, or the share of it that a log may take, is used up.
-    bool add(const LogEntry &entry);
-
-    // Prints until the end, or until guard has noted a signal.
-    void print_and_empty(const InterruptionGuard &guard);
-
-private:
-    size_t print_line(size_t at);
-    size_t print_block(size_t begin, const InterruptionGuard &guard);
-
-    LogEntry *entries_ = nullptr;
-    size_t count_ = 0;
-    size_t capacity_ = 0;
-};
+#include "rukcmd/line_store.h"
 
 // Stops the log when made and lets it run again when it ends, at the latest.
 class HeldLog
@@ -52,6 +29,7 @@ public:
 
 private:
     void read_after(uint64_t cursor);
+    bool keep(const LogEntry &entry);
     void end();
     void print();
     void print_held(LogEntry *last);
@@ -61,6 +39,6 @@ private:
     uint32_t was_on_;
     bool ended_ = false;
     bool header_due_ = false;
-    EntryStore entries_;
+    LineStore lines_;
     const char *last_words_ = nullptr;
 };

@@ -10,7 +10,6 @@
 #include <memory>
 #include <span>
 #include <sys/socket.h>
-#include <unistd.h>
 
 #include "infra/utils/kttrace.h"
 
@@ -92,7 +91,7 @@ bool send_block(const Client &client, int32_t fd, Bytes block)
 bool receive_block(const Client &client, int32_t fd, Bytes block)
 {
     while (!block.empty()) {
-        const ssize_t received = read(fd, block.data(), block.size());
+        const ssize_t received = recv(fd, block.data(), block.size(), 0);
         if (received <= 0) {
             kt_trace(*client.trace, KT_LEVEL_DEBUG, "%s: EOF reading bytes back %d\n",
                      client.caller, static_cast<int>(received));

@@ -567,9 +567,9 @@ TEST(exchange, reports_a_failed_transfer_while_its_trace_is_on)
         {Call::send_bytes, 0, 1, "", ": EOF writing more data 0\n"},
         {Call::send_bytes, ECONNRESET, 2, "25", ": EOF writing more data -1\n"},
         {Call::send_bytes, 0, 2, "25", ": EOF writing more data 0\n"},
-        {Call::read_bytes, ECONNRESET, 1, "50", ": EOF reading bytes back -1\n"},
-        {Call::read_bytes, EINTR, 2, "50", ": EOF reading bytes back -1\n"},
-        {Call::read_bytes, 0, 3, "50", ": EOF reading bytes back 0\n"},
+        {Call::receive_bytes, ECONNRESET, 1, "50", ": EOF reading bytes back -1\n"},
+        {Call::receive_bytes, EINTR, 2, "50", ": EOF reading bytes back -1\n"},
+        {Call::receive_bytes, 0, 3, "50", ": EOF reading bytes back 0\n"},
     };
     for (const Client &client : k_clients) {
         for (const auto &row : rows) {

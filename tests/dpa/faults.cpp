@@ -7,6 +7,7 @@
 #include <cstring>
 #include <optional>
 #include <pthread.h>
+#include <sys/mman.h>
 #include <sys/stat.h>
 #include <sys/types.h>
 
@@ -132,13 +133,13 @@ const ConnectArguments &latest_connect()
 extern "C" {
 
 void *__real_malloc(size_t size);
-void *__real_realloc(void *block, size_t size);
+void *__real_mmap(void *address, size_t size, int protection, int flags, int fd, off_t offset);
 void __real_free(void *block);
 int __real_socket(int domain, int type, int protocol);
 int __real_connect(int fd, const sockaddr *address, socklen_t length);
 int __real_fchmod(int fd, mode_t mode);
 ssize_t __real_send(int fd, const void *bytes, size_t size, int flags);
-ssize_t __real_read(int fd, void *bytes, size_t size);
+ssize_t __real_recv(int fd, void *bytes, size_t size, int flags);
 int __real_pthread_mutex_init(pthread_mutex_t *mutex, const pthread_mutexattr_t *attributes);
 int __real_pthread_mutex_destroy(pthread_mutex_t *mutex);
 int __real_pthread_cond_init(pthread_cond_t *condition, const pthread_condattr_t *attributes);
@@ -159,13 +160,10 @@ void *__wrap_malloc(size_t size)
     return latest_block;
 }
 
-void *__wrap_realloc(void *block, size_t size)
+void *__wrap_mmap(void *address, size_t size, int protection, int flags, int fd, off_t offset)
 {
-    if (fails(Call::grow)) {
-        return nullptr;
-    }
-    blocks_allocated += block == nullptr ? 1 : 0;
-    return __real_realloc(block, size);
+    return fails(Call::map_memory) ? MAP_FAILED
+                                   : __real_mmap(address, size, protection, flags, fd, offset);
 }
 
 void __wrap_free(void *block)
@@ -202,13 +200,13 @@ ssize_t __wrap_send(int fd, const void *bytes, size_t size, int flags)
     return __real_send(fd, bytes, std::min(size, most_bytes), flags);
 }
 
-ssize_t __wrap_read(int fd, void *bytes, size_t size)
+ssize_t __wrap_recv(int fd, void *bytes, size_t size, int flags)
 {
-    happen_before(Call::read_bytes, fd);
-    if (fails(Call::read_bytes)) {
+    happen_before(Call::receive_bytes, fd);
+    if (fails(Call::receive_bytes)) {
         return errno == 0 ? 0 : -1;
     }
-    return __real_read(fd, bytes, std::min(size, most_bytes));
+    return __real_recv(fd, bytes, std::min(size, most_bytes), flags);
 }
 
 int __wrap_pthread_mutex_init(pthread_mutex_t *mutex, const pthread_mutexattr_t *attributes)

@@ -13,12 +13,12 @@ namespace ruk_test
 
 enum class Call {
     allocate,
-    grow, // realloc
+    map_memory,
     open_socket,
     connect_socket,
     change_mode,
     send_bytes,
-    read_bytes,
+    receive_bytes,
     mutex_init,
     mutex_destroy,
     cond_init,
@@ -40,7 +40,7 @@ public:
     Fault &operator=(const Fault &) = delete;
 };
 
-// While it lives, no read or send moves more than so many bytes.
+// While it lives, no recv or send moves more than so many bytes.
 class ShortTransfers
 {
 public:
@@ -51,7 +51,7 @@ public:
 };
 
 // While it lives, something happens just before one call, the nth of its kind, or before that and
-// every later one.  It must be a connect, a send or a read; its descriptor is passed.
+// every later one.  It must be a connect, a send or a recv; its descriptor is passed.
 enum class Extent { once, ever_after };
 class Before
 {

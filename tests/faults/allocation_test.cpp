@@ -343,16 +343,14 @@ const Command k_commands[] = {
     {{"show", "debug"},
      k_module_header + k_flow + k_port,
      {k_module_header, k_module_header + k_flow, k_module_header + k_flow + k_port}},
-    // The fourth block of the read-out itself is where the entries are kept: without it they are
-    // printed at once.
     {{"show", "all"},
      k_header + k_7 + k_8,
-     {k_header + k_no_suspend + k_7 + k_8, k_header, k_header + k_7 + k_8, k_header + k_7,
-      k_header + k_7 + k_8, k_header + k_7 + k_8 + k_no_resume}},
+     {k_header + k_no_suspend + k_7 + k_8, k_header, k_header + k_7, k_header + k_7 + k_8,
+      k_header + k_7 + k_8 + k_no_resume}},
     {{"show", "last"},
      k_header + k_7 + k_8,
-     {k_no_suspend + k_header + k_7 + k_8, k_no_info, k_header, k_header + k_7 + k_8,
-      k_header + k_7, k_header + k_7 + k_8, k_header + k_7 + k_8 + k_no_resume}},
+     {k_no_suspend + k_header + k_7 + k_8, k_no_info, k_header, k_header + k_7,
+      k_header + k_7 + k_8, k_header + k_7 + k_8 + k_no_resume}},
     {{"start"}, "Started log\n", {"Could not start log\nStarted log\n"}},
     {{"stop"}, k_will_suspend, {k_no_suspend + "Suspended log\n"}},
     {{"resume"}, "Resumed log\n", {k_no_resume + "Resumed log\n"}},
@@ -428,37 +426,6 @@ TEST_F(Allocation, refused_to_the_c_library_changes_nothing)
     }
     EXPECT_GT(refusals, 0);
     printf("C library: %d allocations refused\n", refusals);
-}
-
-// More entries than the first block holds: what has been read is printed when there is no larger
-// one, and the read-out goes on.
-TEST_F(Allocation, refused_for_more_entries)
-{
-    constexpr uint64_t k_entries = 1500;
-    const ScriptedAgent agent([](const Request &request) {
-        if (request.opcode() != 234) {
-            return std::optional(reply_to(request, 0, u64(1)));
-        }
-        const uint64_t next = number_at<uint64_t>(request.bytes, 56 + 8) + 1;
-        return std::optional(next < k_entries ? reply_to(request, 0, numbered_entry(next))
-                                              : reply_to(request, 1));
-    });
-    ASSERT_EQ(kt_dpa_api_init(), 0);
-    // The stop, the first entry and its block, 1,024 more entries: then the larger block.
-    constexpr int k_larger_block = 1 + 2 + 1024 + 1;
-    int held = -1;
-    bool refused = false;
-    const std::string printed = captured_stdout([&] {
-        const Heap heap(Owner::product, k_larger_block);
-        EXPECT_EQ(ruk_log_show_all(nullptr), 0);
-        refused = heap.has_refused();
-        held = heap.held(Owner::product);
-    });
-    EXPECT_TRUE(refused);
-    EXPECT_EQ(held, 0);
-    EXPECT_EQ(printed, k_entry_header + numbered_lines(0, k_entries - 1));
-    EXPECT_EQ(agent.requests().size(), k_entries + 3);
-    EXPECT_EQ(captured_stdout([] { EXPECT_EQ(kt_dpa_api_exit(), 0); }), "");
 }
 
 } // namespace

@@ -39,9 +39,9 @@ Sabotage::Sabotage(const FaultyAgent &agent, Step step, Fault_kind kind, const C
     if (kind == Fault_kind::no_memory) {
         fault_.emplace(Call::allocate, ENOMEM, calls.blocks + 1);
     } else if (kind == Fault_kind::descriptor_closed) {
-        before(Call::read_bytes, nth, [](int fd) { close(fd); });
+        before(Call::receive_bytes, nth, [](int fd) { close(fd); });
     } else if (kind == Fault_kind::descriptor_reused) {
-        before(Call::read_bytes, nth, [this](int fd) { dup2(other_, fd); });
+        before(Call::receive_bytes, nth, [this](int fd) { dup2(other_, fd); });
     }
 }
 
