@@ -7,6 +7,7 @@ The results are Google Benchmark's JSON.  Of a benchmark's repetitions the faste
 disturbs a measurement only ever makes it slower.
 """
 import json
+import os
 import sys
 
 
@@ -19,6 +20,8 @@ def read_results(paths):
 
     scale = {"ns": 1, "us": 1e3, "ms": 1e6, "s": 1e9}
     for path in paths:
+        if os.path.getsize(path) == 0:
+            continue  # the filter left nothing of this program
         with open(path, encoding="utf-8") as file:
             for run in json.load(file)["benchmarks"]:
                 if run["run_type"] != "iteration" or run.get("error_occurred"):

@@ -22,13 +22,14 @@ namespace
     va_end(arguments);
 }
 
-// What is printed when a word shares any bit with the mask.
+// What is printed when a word shares any bit with the mask.  Texts lie in their rows, here and
+// below: each pointer to one would be relocated at every start.
 struct BitText {
     uint32_t mask;
-    std::string_view text;
+    char text[44];
 };
 
-constexpr const char *k_message_labels[] = {
+constexpr char k_message_labels[][32] = {
     "OFPT_HELLO:",
     "OFPT_ERROR:",
     "OFPT_ECHO_REQUEST:",
@@ -131,7 +132,7 @@ void print_set(const char *routine, uint32_t word, std::span<const BitText> line
 {
     for (const BitText &line : lines) {
         if ((word & line.mask) != 0) {
-            print_text("%s: %s\n", routine, line.text.data());
+            print_text("%s: %s\n", routine, line.text);
         }
     }
 }

@@ -102,7 +102,7 @@ size_t write_plainly(char *line, const LogEntry &entry)
     return static_cast<size_t>(length);
 }
 
-size_t write(char *line, const LogEntry &entry)
+size_t write(char *line, const LogEntry &entry, size_t message_length)
 {
     const bool is_odd = entry.microseconds >= k_microseconds || entry.module > INT32_MAX;
     if (is_odd || !local_time::put(line, entry.seconds)) {
@@ -117,9 +117,8 @@ size_t write(char *line, const LogEntry &entry)
     out = put_number<3>(out, entry.module);
     out = put_number<3, uint32_t>(out, entry.level);
     out = put_word(out, ruk_levelstring(entry.level), 7);
-    const size_t length = strnlen(entry.message, LOG_MESSAGE_SIZE);
-    memcpy(out, entry.message, length);
-    return static_cast<size_t>(out - line) + length;
+    memcpy(out, entry.message, message_length);
+    return static_cast<size_t>(out - line) + message_length;
 }
 
 } // namespace entry_line

@@ -7,7 +7,7 @@
 #include "rukcmd/entry_line.h"
 #include "rukcmd/output.h"
 
-void settle_message(LogEntry &entry)
+size_t settle_message(LogEntry &entry)
 {
     char *const message = entry.message;
     constexpr size_t k_last = LOG_MESSAGE_SIZE - 1;
@@ -17,7 +17,7 @@ void settle_message(LogEntry &entry)
         length = k_last;
     }
     if (length > 0 && message[length - 1] == '\n') {
-        return;
+        return length;
     }
     // Kept: the line feed goes to a fixed place, so a short message without one prints with none.
     if (length == k_last) {
@@ -26,6 +26,7 @@ void settle_message(LogEntry &entry)
         message[k_last - 1] = '\n';
         message[k_last] = '\0';
     }
+    return strnlen(message, LOG_MESSAGE_SIZE);
 }
 
 void ruk_log_print_entry_header(void)
@@ -38,7 +39,7 @@ void ruk_log_print_entry(LogEntry *entry)
     if (entry == nullptr) {
         return;
     }
-    settle_message(*entry);
+    const size_t message_length = settle_message(*entry);
     char line[entry_line::k_size];
-    output::put({line, entry_line::write(line, *entry)});
+    output::put({line, entry_line::write(line, *entry, message_length)});
 }

@@ -47,8 +47,8 @@ void HeldLog::read_after(uint64_t cursor)
     let_exchanges_finish();
     while (!guard_.interrupted() && log_service::next_entry(entry)) {
         // The record is the next request's cursor and carries its message as it prints.
-        settle_message(entry);
-        if (!keep(entry)) {
+        const size_t message_length = settle_message(entry);
+        if (!keep(entry, message_length)) {
             print_held(&entry);
         }
     }
@@ -57,9 +57,10 @@ void HeldLog::read_after(uint64_t cursor)
 // False for what is to be printed at once.  The output buffer has no reader that could be slow, and
 // its rule of what still fits is one for single lines; in process there is no exchange to keep up
 // with, and a log whose reading never ends must not fill the memory.
-bool HeldLog::keep(const LogEntry &entry)
+bool HeldLog::keep(const LogEntry &entry, size_t message_length)
 {
-    return output::goes_to_stdout() && !log_service::is_in_process() && lines_.add(entry);
+    return output::goes_to_stdout() && !log_service::is_in_process() &&
+           lines_.add(entry, message_length);
 }
 
 void HeldLog::end()

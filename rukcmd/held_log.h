@@ -3,6 +3,7 @@
 // reader of the output costs no events.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 
 #include "ruk/log.h"
@@ -29,7 +30,7 @@ public:
 
 private:
     void read_after(uint64_t cursor);
-    bool keep(const LogEntry &entry);
+    bool keep(const LogEntry &entry, size_t message_length);
     void end();
     void print();
     void print_held(LogEntry *last);

@@ -1,28 +1,29 @@
 // The lines of a read-out, between reading and printing.
 #include "rukcmd/line_store.h"
 
+#include <cstdlib>
 #include <sys/mman.h>
 
 #include "rukcmd/entry_line.h"
 #include "rukcmd/output.h"
 
-LineStore::Block LineStore::first_;
+[[gnu::section(".bss.large")]] LineStore::Block LineStore::first_;
 
 LineStore::~LineStore()
 {
-    for (size_t i = 0; i < mapped_; ++i) {
-        munmap(slabs_[i], sizeof(Slab));
+    for (size_t i = 0; i < allocated_; ++i) {
+        free(slabs_[i]);
     }
 }
 
-bool LineStore::add(const LogEntry &entry)
+bool LineStore::add(const LogEntry &entry, size_t message_length)
 {
     const bool has_room =
         open_ != nullptr && open_->length + entry_line::k_size <= sizeof open_->text;
     if (!has_room && !open_block()) {
         return false;
     }
-    open_->length += entry_line::write(open_->text + open_->length, entry);
+    open_->length += entry_line::write(open_->text + open_->length, entry, message_length);
     return true;
 }
 
@@ -39,7 +40,7 @@ void LineStore::print_and_empty(const InterruptionGuard &guard)
 bool LineStore::open_block()
 {
     const size_t slabs = (used_ + k_blocks - 1) / k_blocks; // for one block more
-    if (slabs > mapped_ && !map_slab()) {
+    if (slabs > allocated_ && !add_slab()) {
         return false;
     }
     open_ = &block_at(used_++);
@@ -47,17 +48,15 @@ bool LineStore::open_block()
     return true;
 }
 
-bool LineStore::map_slab()
+bool LineStore::add_slab()
 {
-    void *const mapped = mapped_ == k_most_slabs
-                             ? MAP_FAILED
-                             : mmap(nullptr, sizeof(Slab), PROT_READ | PROT_WRITE,
-                                    MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
-    if (mapped == MAP_FAILED) {
+    void *const slab =
+        allocated_ == k_most_slabs ? nullptr : aligned_alloc(sizeof(Slab), sizeof(Slab));
+    if (slab == nullptr) {
         return false;
     }
-    madvise(mapped, sizeof(Slab), MADV_HUGEPAGE); // or small pages, where that is refused
-    slabs_[mapped_++] = static_cast<Slab *>(mapped);
+    madvise(slab, sizeof(Slab), MADV_HUGEPAGE); // or small pages, where that is refused
+    slabs_[allocated_++] = static_cast<Slab *>(slab);
     return true;
 }
 

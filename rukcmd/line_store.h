@@ -15,9 +15,9 @@ public:
     LineStore(const LineStore &) = delete;
     LineStore &operator=(const LineStore &) = delete;
 
-    // Keeps the line of an entry whose message has been settled.  False when memory, or the share
-    // of it that a log may take, is used up.
-    bool add(const LogEntry &entry);
+    // Keeps the line of an entry whose message has been settled to that length.  False when memory,
+    // or the share of it that a log may take, is used up.
+    bool add(const LogEntry &entry, size_t message_length);
 
     // Prints until the end, or until guard has noted a signal.
     void print_and_empty(const InterruptionGuard &guard);
@@ -38,11 +38,11 @@ private:
     static Block first_;
 
     bool open_block();
-    bool map_slab();
+    bool add_slab();
     Block &block_at(size_t index);
 
     Slab *slabs_[k_most_slabs]; // the blocks behind the first
-    size_t mapped_ = 0;         // slabs
+    size_t allocated_ = 0;      // slabs
     size_t used_ = 0;           // blocks
     Block *open_ = nullptr;     // the last of those
 };

@@ -14,7 +14,7 @@ namespace
 {
 
 constexpr size_t k_line_size = 16384;
-char line[k_line_size];
+[[gnu::section(".bss.large")]] char line[k_line_size];
 
 constexpr int k_failed_start = -1;
 

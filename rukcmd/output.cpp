@@ -8,7 +8,8 @@
 
 #include "ruk/front_end.h"
 
-char ruk_rcli_buffer[RUK_RCLI_BUFFER_SIZE];
+// Large variables lie behind the small ones, which every command touches and which share a page.
+[[gnu::section(".bss.large")]] char ruk_rcli_buffer[RUK_RCLI_BUFFER_SIZE];
 char *ruk_rcli_buffer_ptr = nullptr;
 char *ruk_rcli_entry_start_ptr = nullptr;
 int32_t ruk_rcli_print_len = 0;

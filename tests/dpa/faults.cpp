@@ -7,7 +7,6 @@
 #include <cstring>
 #include <optional>
 #include <pthread.h>
-#include <sys/mman.h>
 #include <sys/stat.h>
 #include <sys/types.h>
 
@@ -133,7 +132,7 @@ const ConnectArguments &latest_connect()
 extern "C" {
 
 void *__real_malloc(size_t size);
-void *__real_mmap(void *address, size_t size, int protection, int flags, int fd, off_t offset);
+void *__real_aligned_alloc(size_t alignment, size_t size);
 void __real_free(void *block);
 int __real_socket(int domain, int type, int protocol);
 int __real_connect(int fd, const sockaddr *address, socklen_t length);
@@ -160,10 +159,13 @@ void *__wrap_malloc(size_t size)
     return latest_block;
 }
 
-void *__wrap_mmap(void *address, size_t size, int protection, int flags, int fd, off_t offset)
+void *__wrap_aligned_alloc(size_t alignment, size_t size)
 {
-    return fails(Call::map_memory) ? MAP_FAILED
-                                   : __real_mmap(address, size, protection, flags, fd, offset);
+    if (fails(Call::allocate_aligned)) {
+        return nullptr;
+    }
+    ++blocks_allocated;
+    return __real_aligned_alloc(alignment, size);
 }
 
 void __wrap_free(void *block)

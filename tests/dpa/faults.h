@@ -13,7 +13,7 @@ namespace ruk_test
 
 enum class Call {
     allocate,
-    map_memory,
+    allocate_aligned,
     open_socket,
     connect_socket,
     change_mode,

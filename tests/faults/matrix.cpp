@@ -28,7 +28,7 @@ constexpr Row k_rows[] = {
     {Fault_kind::claims_less, "header claims less", "12 333000 d"},
     {Fault_kind::claims_more, "header claims more", "12 333000 d"},
     {Fault_kind::descriptor_closed, "descriptor closed", "CS ------ 5"},
-    {Fault_kind::descriptor_reused, "descriptor reused", "CS 000000 5"},
+    {Fault_kind::descriptor_reused, "descriptor reused", "CS ------ 5"},
     {Fault_kind::descriptor_limit, "descriptor limit", "CS 000000 t"},
     {Fault_kind::no_memory, "no memory", "7D R66666 6"},
 };

@@ -3,6 +3,7 @@
 #include "rukcmd/line_store.h"
 
 #include <cerrno>
+#include <cstring>
 #include <string>
 
 #include "ruk/front_end.h"
@@ -42,6 +43,12 @@ std::string lines_of(uint64_t first, uint64_t last)
     return lines;
 }
 
+bool add(LineStore &store, uint64_t number)
+{
+    const LogEntry entry = entry_of(number);
+    return store.add(entry, strnlen(entry.message, sizeof entry.message));
+}
+
 std::string printed(LineStore &store)
 {
     return captured_stdout([&] {
@@ -53,7 +60,7 @@ std::string printed(LineStore &store)
 // Adds entries from first on until one is refused, and returns that one's number.
 uint64_t fill(LineStore &store, uint64_t first)
 {
-    while (store.add(entry_of(first))) {
+    while (add(store, first)) {
         ++first;
     }
     return first;
@@ -77,7 +84,7 @@ TEST_F(line_store, prints_every_line_once_and_in_order)
     LineStore store;
     for (const uint64_t count : {1U, 3'000U, 80'000U, 2U, 40'000U}) {
         for (uint64_t n = 0; n < count; ++n) {
-            ASSERT_TRUE(store.add(entry_of(n)));
+            ASSERT_TRUE(add(store, n));
         }
         EXPECT_EQ(printed(store), lines_of(0, count - 1)) << count;
         EXPECT_EQ(printed(store), "");
@@ -88,7 +95,7 @@ TEST_F(line_store, refuses_an_entry_when_no_memory_is_given_and_keeps_the_others
 {
     for (const int slab : {1, 2, 3}) {
         LineStore store;
-        const Fault fault(Call::map_memory, ENOMEM, slab);
+        const Fault fault(Call::allocate_aligned, ENOMEM, slab);
         const uint64_t refused = fill(store, 0);
         const std::string lines = lines_of(0, refused - 1);
         const auto blocks = static_cast<size_t>(1 + (slab - 1) * 16);
@@ -97,7 +104,7 @@ TEST_F(line_store, refuses_an_entry_when_no_memory_is_given_and_keeps_the_others
         EXPECT_EQ(printed(store), lines);
         // The memory that it has serves again, and more is asked for.
         for (uint64_t n = 0; n <= refused; ++n) {
-            ASSERT_TRUE(store.add(entry_of(n)));
+            ASSERT_TRUE(add(store, n));
         }
         EXPECT_EQ(printed(store), lines_of(0, refused));
     }
@@ -109,7 +116,7 @@ TEST_F(line_store, takes_a_bounded_share_of_the_memory)
     constexpr uint64_t k_same = 126; // the longest line, always the same
     LineStore store;
     uint64_t lines = 0;
-    while (store.add(entry_of(k_same))) {
+    while (add(store, k_same)) {
         ++lines;
     }
     const size_t length = line_of(k_same).size();
@@ -130,7 +137,7 @@ TEST_F(line_store, gives_way_to_printing_under_the_hold)
         return std::optional(next < k_entries ? reply_to(request, 0, numbered_entry(next))
                                               : reply_to(request, 1));
     });
-    const Fault fault(Call::map_memory, ENOMEM);
+    const Fault fault(Call::allocate_aligned, ENOMEM);
     const std::string lines = captured_stdout([] { EXPECT_EQ(ruk_log_show_all(nullptr), 0); });
     EXPECT_EQ(lines, k_entry_header + numbered_lines(0, k_entries - 1));
     EXPECT_EQ(peer.agent.requests().size(), k_entries + 3);
