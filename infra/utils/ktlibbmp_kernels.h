@@ -33,7 +33,7 @@ struct kernels {
     // Stores the bits that differ from the one before, of at most 64 words of 8 bytes at p, whose
     // first bit has the number given; returns how many there are.  Reads the 8 bytes before p too
     // and may write k_edges_beyond values behind the last one.
-    static constexpr size_t k_edges_beyond = 4;
+    static constexpr size_t k_edges_beyond = 31;
     size_t (*find_edges)(const uint8_t *p, size_t words, uint32_t number, uint32_t *edges);
     // The last set bit of n bytes.
     int32_t (*find_last_set)(const uint8_t *p, size_t n);

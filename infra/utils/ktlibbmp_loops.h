@@ -299,9 +299,19 @@ private:
         return found;
     }
 
-    // Lists the bits of a word, the first four without a branch on whether they are there: how many
-    // there are no processor foresees.
+    // Lists the bits of a word; the lowest one has the number given.
     static size_t list_bits(uint64_t bits, uint32_t number, uint32_t *list)
+    {
+        if constexpr (requires { Ops::list_bits(bits, number, list); }) {
+            return Ops::list_bits(bits, number, list);
+        } else {
+            return list_one_by_one(bits, number, list);
+        }
+    }
+
+    // The first four without a branch on whether they are there: how many there are no processor
+    // foresees.
+    static size_t list_one_by_one(uint64_t bits, uint32_t number, uint32_t *list)
     {
         const size_t count = word_ops::add_counts(0, bits);
         list[0] = take_lowest(bits, number);

@@ -32,7 +32,7 @@ inline bool has_avx2()
 inline bool has_avx512()
 {
     return has_avx2() && CPU_FEATURE_ACTIVE(AVX512F) && CPU_FEATURE_ACTIVE(AVX512BW) &&
-           CPU_FEATURE_ACTIVE(AVX512_VPOPCNTDQ);
+           CPU_FEATURE_ACTIVE(AVX512_VBMI2) && CPU_FEATURE_ACTIVE(AVX512_VPOPCNTDQ);
 }
 
 #else

@@ -55,6 +55,28 @@ std::vector<item> list_items(const std::vector<uint8_t> &bits)
     return items;
 }
 
+// A set with these bits.
+set_of set_with(const std::vector<uint8_t> &bits)
+{
+    set_of b(static_cast<uint32_t>(bits.size() / 8));
+    for (size_t bit = 0; bit < bits.size(); ++bit) {
+        b.data()[bit / 8] =
+            static_cast<uint8_t>(b.data()[bit / 8] | (bits[bit] ? 0x80u >> bit % 8 : 0u));
+    }
+    return b;
+}
+
+void expect_list(bitset *b, const std::vector<item> &items)
+{
+    std::string list;
+    for (const item &next : items) {
+        list += (list.empty() ? "" : ",") + next.text;
+    }
+    std::vector<char> text(list.size() + 1, '#');
+    EXPECT_EQ(bitset_sprintf(text.data(), b), static_cast<int32_t>(list.size()));
+    EXPECT_EQ(text.data(), list);
+}
+
 // What fits into a piece that begins with an item, and how many items that are.
 std::pair<std::string, size_t> piece_of(const std::vector<item> &items, size_t from,
                                         size_t capacity)
@@ -100,20 +122,51 @@ TEST(bitset_random_list, lists_of_large_sets_agree_with_the_model)
             const uint32_t size = k_size - random.below(i % 2 == 0 ? 12 : k_size);
             SCOPED_TRACE(size);
             const std::vector<uint8_t> bits = random_bits(random, size);
-            set_of b(size);
-            for (size_t bit = 0; bit < bits.size(); ++bit) {
-                b.data()[bit / 8] =
-                    static_cast<uint8_t>(b.data()[bit / 8] | (bits[bit] ? 0x80u >> bit % 8 : 0u));
-            }
+            set_of b = set_with(bits);
             const std::vector<item> items = list_items(bits);
-            std::string list;
-            for (const item &next : items) {
-                list += (list.empty() ? "" : ",") + next.text;
-            }
-            std::vector<char> text(list.size() + 1, '#');
-            EXPECT_EQ(bitset_sprintf(text.data(), b), static_cast<int32_t>(list.size()));
-            EXPECT_EQ(text.data(), list);
+            expect_list(b, items);
             ASSERT_NO_FATAL_FAILURE(expect_pieces(b, items, random));
+        }
+    });
+}
+
+// Words in which each number of bits from 0 to 64 differs from the one before, at random places.
+TEST(bitset_random_list, words_with_any_number_of_edges)
+{
+    ruk_test::Random random;
+    std::vector<uint8_t> bits;
+    bool value = false;
+    for (uint32_t word = 0; word < 65 * 65; ++word) {
+        uint32_t edges = word * 8 % 65;
+        for (uint32_t left = 64; left > 0; --left) {
+            const bool is_edge = random.below(left) < edges;
+            edges -= is_edge ? 1 : 0;
+            value = value != is_edge;
+            bits.push_back(value);
+        }
+    }
+    with_each_variant([&] {
+        set_of b = set_with(bits);
+        const std::vector<item> items = list_items(bits);
+        expect_list(b, items);
+        ASSERT_NO_FATAL_FAILURE(expect_pieces(b, items, random));
+    });
+}
+
+// As many edges as there can be, with and without one at the very beginning, up to more words than
+// are read at once.
+TEST(bitset_random_list, every_other_bit)
+{
+    with_each_variant([] {
+        for (uint32_t size = 0; size < 1200; size += 4) {
+            SCOPED_TRACE(size);
+            for (const uint32_t first : {0u, 1u}) {
+                std::vector<uint8_t> bits(size * 8);
+                for (size_t bit = first; bit < bits.size(); bit += 2) {
+                    bits[bit] = true;
+                }
+                expect_list(set_with(bits), list_items(bits));
+            }
         }
     });
 }
