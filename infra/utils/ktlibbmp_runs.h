@@ -43,7 +43,7 @@ public:
 private:
     static constexpr size_t k_word = sizeof(uint64_t);
     // So many that a leap costs little, so few that little is read in vain for a short text.
-    static constexpr size_t k_words_at_once = 32;
+    static constexpr size_t k_words_at_once = 64;
 
     // Whether the bit before byte_ is set.
     bool is_within_run() const { return count_ % 2 != 0; }
