@@ -45,6 +45,7 @@ constexpr kernels k_first_use = {
     .next_run = first_use<&kernels::next_run>::run,
     .next_clear_run = first_use<&kernels::next_clear_run>::run,
     .find_edges = first_use<&kernels::find_edges>::run,
+    .list_items = nullptr,
     .find_last_set = first_use<&kernels::find_last_set>::run,
     .unite = first_use<&kernels::unite>::run,
     .intersect = first_use<&kernels::intersect>::run,

@@ -17,6 +17,12 @@ struct bit_run {
     int64_t end;
 };
 
+// How many edges of runs were listed, and in how many characters.
+struct listed {
+    size_t edges;
+    size_t chars;
+};
+
 // One variant.  All take plain bytes at any address and touch no byte beyond n.  Bit positions
 // count from the top bit of the first byte and must fit, so searches take at most 2^28 bytes; -1 is
 // none.
@@ -35,6 +41,10 @@ struct kernels {
     // and may write k_edges_beyond values behind the last one.
     static constexpr size_t k_edges_beyond = 31;
     size_t (*find_edges)(const uint8_t *p, size_t words, uint32_t number, uint32_t *edges);
+    // Writes the runs between pairs of ascending edges as text, ",first" or ",first-last": all of
+    // them or those up to some run that does not fit in less than room characters, perhaps none.
+    // Null where the variant has no way of its own.
+    listed (*list_items)(const uint32_t *edges, size_t count, char *to, size_t room);
     // The last set bit of n bytes.
     int32_t (*find_last_set)(const uint8_t *p, size_t n);
     void (*unite)(uint8_t *p, const uint8_t *q, size_t n);

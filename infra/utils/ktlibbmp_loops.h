@@ -278,6 +278,8 @@ template <class Ops> struct loops {
         return count;
     }
 
+    static constexpr decltype(kernels::list_items) list_items = nullptr;
+
 private:
     static uint64_t words_with_edges(const uint8_t *p, size_t words)
     {
@@ -299,19 +301,9 @@ private:
         return found;
     }
 
-    // Lists the bits of a word; the lowest one has the number given.
+    // Lists the bits of a word, the first four without a branch on whether they are there: how many
+    // there are no processor foresees.
     static size_t list_bits(uint64_t bits, uint32_t number, uint32_t *list)
-    {
-        if constexpr (requires { Ops::list_bits(bits, number, list); }) {
-            return Ops::list_bits(bits, number, list);
-        } else {
-            return list_one_by_one(bits, number, list);
-        }
-    }
-
-    // The first four without a branch on whether they are there: how many there are no processor
-    // foresees.
-    static size_t list_one_by_one(uint64_t bits, uint32_t number, uint32_t *list)
     {
         const size_t count = word_ops::add_counts(0, bits);
         list[0] = take_lowest(bits, number);
@@ -347,7 +339,9 @@ private:
     }
 };
 
-template <class Ops> constexpr kernels kernels_of(const char *name, bool (*runs_here)())
+// Runs is what finds and lists runs.
+template <class Ops, class Runs = loops<Ops>>
+constexpr kernels kernels_of(const char *name, bool (*runs_here)())
 {
     return {
         .name = name,
@@ -357,7 +351,8 @@ template <class Ops> constexpr kernels kernels_of(const char *name, bool (*runs_
         .find_clear = loops<Ops>::template find_bit<0xff>,
         .next_run = loops<Ops>::template next_run<0x00>,
         .next_clear_run = loops<Ops>::template next_run<0xff>,
-        .find_edges = loops<Ops>::find_edges,
+        .find_edges = Runs::find_edges,
+        .list_items = Runs::list_items,
         .find_last_set = loops<Ops>::find_last_set,
         .unite = loops<Ops>::unite,
         .intersect = loops<Ops>::intersect,

@@ -169,21 +169,6 @@ run_reader runs_from(const bitset *b, int32_t first)
     return {words, first < 0 ? words.size() * 8 : static_cast<size_t>(first)};
 }
 
-// Has take look at the runs in groups until it returns false.
-template <class Take> bool each_group(run_reader &runs, Take take)
-{
-    for (auto edges = runs.read(); !edges.empty(); edges = runs.read()) {
-        while (!edges.empty()) {
-            const auto group = edges.first(std::min(edges.size(), 2 * item_group::k_most));
-            if (!take(group)) {
-                return false;
-            }
-            edges = edges.subspan(group.size());
-        }
-    }
-    return true;
-}
-
 // A text of limited size that takes whole items only.
 class bounded_text
 {
@@ -192,8 +177,51 @@ public:
 
     size_t length() const { return length_; }
 
+    // Adds the items that fit with a terminator; returns how many edges those have.
+    size_t add(std::span<const uint32_t> edges)
+    {
+        size_t taken = add_at_once(edges);
+        taken += add_in_groups(edges.subspan(taken), 2 * item_group::k_most);
+        // Of a group that does not fit whole, the items that do.
+        return taken + add_in_groups(edges.subspan(taken), 2);
+    }
+
+private:
+    // Adds what the processor has a way of its own for, which begins no text.
+    size_t add_at_once(std::span<const uint32_t> edges)
+    {
+        const auto list_items = active_kernels().list_items;
+        if (list_items == nullptr) {
+            return 0;
+        }
+        const size_t begun = length_ == 0 ? add_in_groups(edges.first(2), 2) : 0;
+        const auto rest = edges.subspan(begun);
+        if (length_ == 0 || rest.empty()) {
+            return begun;
+        }
+        const listed done =
+            list_items(rest.data(), rest.size(), text_ + length_, capacity_ - length_);
+        length_ += done.chars;
+        text_[length_] = '\0';
+        return begun + done.edges;
+    }
+
+    // Adds groups of so many edges until one does not fit; returns how many edges were added.
+    size_t add_in_groups(std::span<const uint32_t> edges, size_t most)
+    {
+        size_t taken = 0;
+        while (taken < edges.size()) {
+            const auto group = edges.subspan(taken, std::min(edges.size() - taken, most));
+            if (!add_group(group)) {
+                break;
+            }
+            taken += group.size();
+        }
+        return taken;
+    }
+
     // False, and nothing added, where the items do not all fit with a terminator.
-    bool add(std::span<const uint32_t> edges)
+    bool add_group(std::span<const uint32_t> edges)
     {
         const item_group group(edges);
         const std::string_view items = group.text(length_ == 0);
@@ -206,11 +234,25 @@ public:
         return true;
     }
 
-private:
     char *text_;
     size_t capacity_;
     size_t length_ = 0;
 };
+
+// Lists runs until one does not fit, and stores the last bit listed; true if no run is left.
+bool list_runs(run_reader &runs, bounded_text &list, int32_t &last)
+{
+    for (auto edges = runs.read(); !edges.empty(); edges = runs.read()) {
+        const size_t taken = list.add(edges);
+        if (taken > 0) {
+            last = static_cast<int32_t>(edges[taken - 1] - 1);
+        }
+        if (taken < edges.size()) {
+            return false;
+        }
+    }
+    return true;
+}
 
 } // namespace
 
@@ -219,7 +261,8 @@ int32_t bitset_sprintf(char *text, const bitset *b)
     bounded_text list(text, SIZE_MAX);
     *text = '\0';
     run_reader runs = runs_from(b, bitset_first_bit(b));
-    each_group(runs, [&](auto edges) { return list.add(edges); });
+    int32_t last = 0;
+    list_runs(runs, list, last);
     return static_cast<int32_t>(list.length());
 }
 
@@ -238,18 +281,7 @@ int32_t bitset_snprintf(char *text, uint32_t capacity, const bitset *b, int32_t 
     run_reader runs = runs_from(b, restart != 0 ? bitset_first_bit(b)
                                                 : bitset_next_bit(b, bitset_snprintf_cursor));
     bounded_text list(text, capacity);
-    const bool complete = each_group(runs, [&](auto edges) {
-        if (list.add(edges)) {
-            bitset_snprintf_cursor = static_cast<int32_t>(edges.back() - 1);
-            return true;
-        }
-        // Of a group that does not fit whole, the items that do.
-        for (; list.add(edges.first(2)); edges = edges.subspan(2)) {
-            bitset_snprintf_cursor = static_cast<int32_t>(edges[1] - 1);
-        }
-        return false;
-    });
-    if (complete) {
+    if (list_runs(runs, list, bitset_snprintf_cursor)) {
         *done = 1;
         bitset_snprintf_cursor = 0;
     }

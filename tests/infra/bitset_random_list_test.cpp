@@ -3,6 +3,7 @@
 #include <string>
 
 #include "tests/infra/bitset_support.h"
+#include "tests/support/guarded_memory.h"
 #include "tests/support/random.h"
 
 using ruk_test::set_of;
@@ -112,6 +113,26 @@ void expect_pieces(bitset *b, const std::vector<item> &items, ruk_test::Random &
     }
 }
 
+// What one call for the beginning of a list does with a buffer of this capacity, behind which
+// nobody may touch anything.
+void expect_cut(const bitset *b, const std::vector<item> &items, uint32_t capacity)
+{
+    static const ruk_test::GuardedMemory memory(70'000);
+    auto *const text = reinterpret_cast<char *>(memory.last(capacity));
+    memset(text, '#', capacity);
+    std::string expected = piece_of(items, 0, capacity).first;
+    const size_t taken = piece_of(items, 0, capacity).second;
+    int32_t done = -77;
+    ASSERT_EQ(bitset_snprintf(text, capacity, b, 1, &done), static_cast<int32_t>(expected.size()));
+    ASSERT_EQ(done, taken == items.size() ? 1 : 0);
+    ASSERT_EQ(bitset_snprintf_cursor, done != 0 || taken == 0 ? 0 : items[taken - 1].last);
+    if (capacity > 0) {
+        expected += '\0';
+        expected.resize(capacity, '#');
+    }
+    ASSERT_EQ(std::string_view(text, capacity), expected);
+}
+
 } // namespace
 
 TEST(bitset_random_list, lists_of_large_sets_agree_with_the_model)
@@ -169,6 +190,49 @@ TEST(bitset_random_list, every_other_bit)
             }
         }
     });
+}
+
+// Items of every length up to that of two numbers of five digits, cut after every character, with
+// everything behind the terminator as it was.
+TEST(bitset_random_list, cut_at_every_capacity)
+{
+    ruk_test::Random random;
+    std::vector<uint8_t> bits(100'096);
+    for (const size_t from : {0u, 80u, 960u, 9960u, 99960u}) {
+        for (size_t bit = from; bit < from + 80; ++bit) {
+            bits[bit] = random.once_in(2);
+        }
+    }
+    with_each_variant([&] {
+        const set_of b = set_with(bits);
+        const std::vector<item> items = list_items(bits);
+        const auto length = static_cast<uint32_t>(piece_of(items, 0, SIZE_MAX).first.size());
+        for (uint32_t capacity = 0; capacity < length + 70; ++capacity) {
+            SCOPED_TRACE(capacity);
+            ASSERT_NO_FATAL_FAILURE(expect_cut(b, items, capacity));
+        }
+        ASSERT_NO_FATAL_FAILURE(expect_cut(b, items, 70'000));
+    });
+}
+
+// All values of the last four digits, single and as the ends of ranges, and of those before them,
+// where the number of digits no longer fits the quick way.
+TEST(bitset_random_list, numbers_of_every_value)
+{
+    constexpr size_t k_all = 20'000;
+    constexpr size_t k_numbits = 10'100'000;
+    std::vector<uint8_t> bits(k_numbits);
+    for (size_t bit = 0; bit < k_all; ++bit) {
+        bits[bit] = bit < k_all / 2 ? bit % 2 : bit % 3 != 0;
+    }
+    for (size_t bit = k_all; bit < k_numbits; bit += 10'000) {
+        bits[bit - 1] = true;
+        bits[bit] = true;
+        bits[bit + 2] = true;
+    }
+    set_of b = set_with(bits);
+    const std::vector<item> items = list_items(bits);
+    with_each_variant([&] { expect_list(b, items); });
 }
 
 // Dense items on both sides of every change in the number of digits that a small set has.

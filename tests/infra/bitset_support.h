@@ -46,6 +46,10 @@ public:
 
     bitset *get() { return reinterpret_cast<bitset *>(block_.get() + misalign_); }
     operator bitset *() { return get(); }
+    operator const bitset *() const
+    {
+        return reinterpret_cast<const bitset *>(block_.get() + misalign_);
+    }
     uint8_t *data() { return block_.get() + misalign_ + 4; }
     std::vector<uint8_t> bytes() { return {data(), data() + size_}; }
 
