@@ -18,24 +18,30 @@ namespace
 
 class avx512_text
 {
+    // The last bit of a run is the one before its second edge.
+    static_assert(kernels::k_listed_edge - 1 == 9'999'999,
+                  "seven digits and a separator fill a lane");
+
 public:
     static listed list_items(const uint32_t *edges, size_t count, char *to, size_t room)
     {
-        constexpr uint32_t k_most_of_seven_digits = 9999999;
         listed done = {0, 0};
-        if (edges[count - 1] - 1 > k_most_of_seven_digits) {
-            return done;
-        }
+        size_t most = k_lanes;
         while (done.edges < count) {
             const size_t left = count - done.edges;
-            const size_t taken = left < k_lanes ? left : k_lanes;
+            const size_t taken = left < most ? left : most;
             const auto lanes = static_cast<__mmask8>((1u << taken) - 1);
             const __m512i numbers = ends_of_runs(edges + done.edges, lanes);
             const __m512i digits = digits_of(numbers);
             const __mmask64 wanted = wanted_bytes(digits, wanted_numbers(numbers, lanes));
             const auto length = static_cast<size_t>(__builtin_popcountll(wanted));
             if (length >= room - done.chars) {
-                break;
+                if (taken == 2) {
+                    break;
+                }
+                // Of four items that do not fit, those that do.
+                most = 2;
+                continue;
             }
             const __m512i text = _mm512_maskz_compress_epi8(wanted, characters(digits));
             _mm512_mask_storeu_epi8(to + done.chars, ~uint64_t{0} >> (64 - length), text);

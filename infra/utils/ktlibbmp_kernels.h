@@ -41,9 +41,10 @@ struct kernels {
     // and may write k_edges_beyond values behind the last one.
     static constexpr size_t k_edges_beyond = 31;
     size_t (*find_edges)(const uint8_t *p, size_t words, uint32_t number, uint32_t *edges);
-    // Writes the runs between pairs of ascending edges as text, ",first" or ",first-last": all of
-    // them or those up to some run that does not fit in less than room characters, perhaps none.
-    // Null where the variant has no way of its own.
+    // Writes the runs between pairs of ascending edges as text, ",first" or ",first-last", as long
+    // as they fit in less than room characters.  No edge may be above k_listed_edge.  Null where
+    // the variant has no way of its own.
+    static constexpr uint32_t k_listed_edge = 10'000'000;
     listed (*list_items)(const uint32_t *edges, size_t count, char *to, size_t room);
     // The last set bit of n bytes.
     int32_t (*find_last_set)(const uint8_t *p, size_t n);

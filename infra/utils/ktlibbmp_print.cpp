@@ -180,34 +180,32 @@ public:
     // Adds the items that fit with a terminator; returns how many edges those have.
     size_t add(std::span<const uint32_t> edges)
     {
-        size_t taken = add_at_once(edges);
-        taken += add_in_groups(edges.subspan(taken), 2 * item_group::k_most);
+        if (active_kernels().list_items != nullptr && edges.back() <= kernels::k_listed_edge) {
+            return add_at_once(edges);
+        }
+        const size_t taken = add_groups(edges, 2 * item_group::k_most);
         // Of a group that does not fit whole, the items that do.
-        return taken + add_in_groups(edges.subspan(taken), 2);
+        return taken + add_groups(edges.subspan(taken), 2);
     }
 
 private:
-    // Adds what the processor has a way of its own for, which begins no text.
+    // The same by the processor's own way, which puts a separator before each item.
     size_t add_at_once(std::span<const uint32_t> edges)
     {
-        const auto list_items = active_kernels().list_items;
-        if (list_items == nullptr) {
+        const size_t begun = length_ == 0 ? add_groups(edges.first(2), 2) : 0;
+        if (length_ == 0) {
             return 0;
         }
-        const size_t begun = length_ == 0 ? add_in_groups(edges.first(2), 2) : 0;
         const auto rest = edges.subspan(begun);
-        if (length_ == 0 || rest.empty()) {
-            return begun;
-        }
-        const listed done =
-            list_items(rest.data(), rest.size(), text_ + length_, capacity_ - length_);
+        const listed done = active_kernels().list_items(rest.data(), rest.size(), text_ + length_,
+                                                        capacity_ - length_);
         length_ += done.chars;
         text_[length_] = '\0';
         return begun + done.edges;
     }
 
     // Adds groups of so many edges until one does not fit; returns how many edges were added.
-    size_t add_in_groups(std::span<const uint32_t> edges, size_t most)
+    size_t add_groups(std::span<const uint32_t> edges, size_t most)
     {
         size_t taken = 0;
         while (taken < edges.size()) {
