@@ -125,14 +125,6 @@ constexpr const char *skip_prefix(const char *text, std::string_view prefix)
     return text;
 }
 
-struct keyword_match {
-    int32_t kind;     // -1 when no keyword matches
-    const char *rest; // of the name, behind the keyword
-};
-
-// Finds the keyword that name begins with.
-keyword_match find_keyword(const char *name);
-
 } // namespace ifindex
 
 #endif // IFINDEX_KEYWORDS_H

@@ -1,7 +1,7 @@
 // From an interface name to an IfIndex: the keyword and the numbers behind it.
 #include "ruk/if_index_name.h"
 
-#include "ifindex/keywords.h"
+#include "ifindex/keyword_search.h"
 #include "ifindex/kinds.h"
 #include "ifindex/layout.h"
 #include "ifindex/numbers.h"
@@ -11,7 +11,7 @@ namespace
 
 using namespace ifindex;
 
-const char *skip_to_digit(const char *text)
+[[gnu::always_inline]] inline const char *skip_to_digit(const char *text)
 {
     while (*text != '\0' && !is_digit(*text)) {
         ++text;
@@ -19,8 +19,9 @@ const char *skip_to_digit(const char *text)
     return text;
 }
 
-// Reads the numbers of the first interface in text.  False when there are too many.
-bool read_numbers(const char *text, coordinates &out)
+// Reads the numbers of the first interface in text.  False when there are too many.  Always part of
+// its caller, which knows the keyword: how many numbers there are is guessed better for each kind.
+[[gnu::always_inline]] inline bool read_numbers(const char *text, coordinates &out)
 {
     const char *at = skip_to_digit(text);
     size_t count = 0;
@@ -41,6 +42,27 @@ bool read_numbers(const char *text, coordinates &out)
     return true;
 }
 
+struct interface_of_keyword {
+    template <size_t keyword> static int32_t found(const char *rest, IfIndex *out)
+    {
+        constexpr auto kind = static_cast<int32_t>(keyword);
+        // No keyword in front of "null" hides it.
+        if (kind == kind_of("null") && rest[0] == '0' && rest[1] == '\0') {
+            *out = k_null_interface;
+            return 1;
+        }
+        constexpr const kind_row *row = find_row(kind);
+        coordinates numbers{};
+        if (row == nullptr || !read_numbers(rest, numbers)) {
+            return 0;
+        }
+        if (is_on_the_data_path(kind)) {
+            return build_by(*find_row(kind_of("ruk-ethernet")), numbers, out);
+        }
+        return build_by(*row, numbers, out);
+    }
+};
+
 } // namespace
 
 int32_t ulx_interface_name_to_ifindex(const char *name, IfIndex *out)
@@ -51,15 +73,5 @@ int32_t ulx_interface_name_to_ifindex(const char *name, IfIndex *out)
     while (*name == ' ') {
         ++name;
     }
-    const keyword_match match = find_keyword(name);
-    // No keyword in front of "null" hides it.
-    if (match.kind == kind_of("null") && match.rest[0] == '0' && match.rest[1] == '\0') {
-        *out = k_null_interface;
-        return 1;
-    }
-    coordinates numbers{};
-    if (match.kind < 0 || !read_numbers(match.rest, numbers)) {
-        return 0;
-    }
-    return build_interface(match.kind, numbers, out);
+    return with_keyword<interface_of_keyword>(name, out);
 }

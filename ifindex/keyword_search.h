@@ -1,17 +1,18 @@
 // Finding the keyword that a name begins with.  The first two characters choose the keywords that
-// are compared at all, one mostly, and every comparison is compiled for its keyword.
-#include "ifindex/keywords.h"
+// are compared at all, one mostly, and every comparison is compiled for its keyword, together with
+// what is done about it: one jump leads there, and whatever its target says needs no further one.
+#ifndef IFINDEX_KEYWORD_SEARCH_H
+#define IFINDEX_KEYWORD_SEARCH_H
 
 #include <array>
 #include <utility>
 
+#include "ifindex/keywords.h"
+
 namespace ifindex
 {
 
-namespace
-{
-
-constexpr size_t k_none = k_keyword_count;
+inline constexpr size_t k_none = k_keyword_count;
 
 constexpr bool begins_with(size_t kind, size_t shorter)
 {
@@ -92,42 +93,35 @@ template <size_t kind, size_t from = 0> bool goes_on(const char *name)
     return goes_on<kind, from>(name, std::make_index_sequence<k_keywords[kind].size() - from>());
 }
 
-template <size_t kind> keyword_match found(const char *name)
-{
-    return {static_cast<int32_t>(kind), name + k_keywords[kind].size()};
-}
-
 // Compares the keywords of one slot, from a kind on.
-template <size_t kind> keyword_match find_from(const char *name)
+template <class Use, size_t kind, typename Output> int32_t find_from(const char *name, Output *out)
 {
     if constexpr (kind == k_none) {
-        return {-1, name};
+        return 0;
     } else {
         if (goes_on<kind>(name)) {
             if constexpr (constexpr size_t longer = preferred_to(kind); longer != k_none) {
                 if (goes_on<longer, k_keywords[kind].size()>(name)) {
-                    return found<longer>(name);
+                    return Use::template found<longer>(name + k_keywords[longer].size(), out);
                 }
             }
-            return found<kind>(name);
+            return Use::template found<kind>(name + k_keywords[kind].size(), out);
         }
-        return find_from<next_in_slot(slot_of(kind), kind + 1)>(name);
+        return find_from<Use, next_in_slot(slot_of(kind), kind + 1)>(name, out);
     }
 }
 
-using finder = keyword_match (*)(const char *name);
+template <typename Output> using finder = int32_t (*)(const char *name, Output *out);
 
 // The comparison that begins with each kind; the one behind the last finds nothing.
-template <size_t... kinds>
-constexpr std::array<finder, sizeof...(kinds)> make_finders(std::index_sequence<kinds...>)
+template <class Use, typename Output, size_t... kinds>
+constexpr std::array<finder<Output>, sizeof...(kinds)> make_finders(std::index_sequence<kinds...>)
 {
-    return {find_from<kinds>...};
+    return {find_from<Use, kinds, Output>...};
 }
 
-constexpr auto k_finders = make_finders(std::make_index_sequence<k_keyword_count + 1>());
-
 // Where the comparison of a slot's names begins.
-constexpr auto k_first_in_slot = [] {
+inline constexpr auto k_first_in_slot = [] {
     std::array<uint8_t, 1024> first{};
     first.fill(k_none);
     for (size_t kind = k_keyword_count; kind-- > 0;) {
@@ -138,12 +132,16 @@ constexpr auto k_first_in_slot = [] {
     return first;
 }();
 
-} // namespace
-
-keyword_match find_keyword(const char *name)
+// Finds the keyword that name begins with and returns Use::found<kind>(rest, out), rest being what
+// follows the keyword; 0 when there is none.
+template <class Use, typename Output> int32_t with_keyword(const char *name, Output *out)
 {
+    static constexpr auto finders =
+        make_finders<Use, Output>(std::make_index_sequence<k_keyword_count + 1>());
     const size_t slot = *name == '\0' ? 0 : slot_of(name[0], name[1]);
-    return k_finders[k_first_in_slot[slot]](name);
+    return finders[k_first_in_slot[slot]](name, out);
 }
 
 } // namespace ifindex
+
+#endif // IFINDEX_KEYWORD_SEARCH_H
