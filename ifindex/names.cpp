@@ -305,7 +305,14 @@ char *write_ruk_eth(char *at, IfIndex value, name_form form)
                                         : write_row(at, k_ruk_eth_row, value, form);
 }
 
-using type_writer = char *(*)(char *at, IfIndex value, name_form form);
+using type_writer = int32_t (*)(char *buffer, IfIndex value, name_form form);
+
+// Writes the whole name, terminated, and returns its length: nothing is left to do behind the jump
+// to it, which is guessed wrong wherever types come in no order.
+template <auto write> int32_t write_whole(char *buffer, IfIndex value, name_form form)
+{
+    return finish_name(buffer, write(buffer, value, form));
+}
 
 constexpr size_t k_named_types = IF_INDEX_TYPE_RUK_ETH + 1;
 
@@ -314,20 +321,20 @@ template <uint32_t type> constexpr type_writer writer_of()
 {
     switch (type) {
     case IF_INDEX_TYPE_PORT_CHANNEL:
-        return write_port_channel;
+        return write_whole<write_port_channel>;
     case IF_INDEX_TYPE_ETH_PORT_CHANNEL:
-        return write_eth_port_channel;
+        return write_whole<write_eth_port_channel>;
     case IF_INDEX_TYPE_EOBC:
-        return write_eobc;
+        return write_whole<write_eobc>;
     case IF_INDEX_TYPE_LVETH:
-        return write_lveth;
+        return write_whole<write_lveth>;
     case IF_INDEX_TYPE_VFC:
-        return write_vfc;
+        return write_whole<write_vfc>;
     case IF_INDEX_TYPE_RUK_ETH:
-        return write_ruk_eth;
+        return write_whole<write_ruk_eth>;
     default:
         // Nothing, where the type check refuses the type.
-        return write_type<type>;
+        return write_whole<write_type<type>>;
     }
 }
 
@@ -339,14 +346,14 @@ constexpr std::array<type_writer, k_named_types> make_writers(std::index_sequenc
 
 constexpr auto k_writers = make_writers(std::make_index_sequence<k_named_types>());
 
-// Writes the name and returns its end, which is its start where the type check refuses the type.
-char *write_parts(char *at, IfIndex value, name_form form)
+// Writes the name, which is empty where the type check refuses the type, and returns its length.
+int32_t write_of_type(char *buffer, IfIndex value, name_form form)
 {
     const uint32_t type = type_of(value);
     if (type < k_named_types) {
-        return k_writers[type](at, value, form);
+        return k_writers[type](buffer, value, form);
     }
-    return is_known_type(type) ? put_hex(at, value) : at;
+    return finish_name(buffer, is_known_type(type) ? put_hex(buffer, value) : buffer);
 }
 
 int32_t write_name(char *buffer, int32_t size, IfIndex value, name_form form);
@@ -366,18 +373,23 @@ int32_t write_name(char *buffer, int32_t size, IfIndex value, name_form form)
     if (buffer == nullptr || size < k_name_room) {
         return write_cut_name(buffer, size, value, form);
     }
-    return finish_name(buffer, write_parts(buffer, value, form));
+    return write_of_type(buffer, value, form);
 }
 
-// The name that an interface database has; 0 when it has none.  Databases are asked for the ports
-// of one type only.
+// Databases are asked for the ports of one type only.
+constexpr bool is_known_to_databases(IfIndex value)
+{
+    return type_of(value) == IF_INDEX_TYPE_PHY_FC;
+}
+
+// The name that an interface database has; 0 when it has none.
 int32_t write_from_database(char *buffer, int32_t size, IfIndex value)
 {
     if (buffer == nullptr || size < 1) {
         return 0;
     }
     buffer[0] = '\0';
-    if (type_of(value) != IF_INDEX_TYPE_PHY_FC ||
+    if (!is_known_to_databases(value) ||
         if_db_ifindex2str_wrapper(buffer, size, value) != IF_DB_OK) {
         return 0;
     }
@@ -387,7 +399,8 @@ int32_t write_from_database(char *buffer, int32_t size, IfIndex value)
 
 int32_t write_known_name(char *buffer, int32_t size, IfIndex value, name_form form)
 {
-    const int32_t length = write_from_database(buffer, size, value);
+    const int32_t length =
+        is_known_to_databases(value) ? write_from_database(buffer, size, value) : 0;
     return length != 0 ? length : write_name(buffer, size, value, form);
 }
 
