@@ -15,8 +15,9 @@ struct number_read {
 };
 
 // Reads the number at the start of text, after white space and a sign as strtoll does; 0 when
-// there is none.  A number that is too large is first held to 64 bits, then cut to the low 32.
-inline number_read read_number(const char *text)
+// there is none.  A number that is too large is first held to 64 bits, then cut to the low 32.  Out
+// of line, since hardly any number of a name needs it and every keyword has a reader of its own.
+[[gnu::noinline, gnu::cold]] inline number_read read_number(const char *text)
 {
     char *rest = nullptr;
     const long long value = strtoll(text, &rest, 10);
