@@ -8,6 +8,7 @@ disturbs a measurement only ever makes it slower.
 """
 import json
 import os
+import re
 import sys
 
 
@@ -26,9 +27,8 @@ def read_results(paths):
             for run in json.load(file)["benchmarks"]:
                 if run["run_type"] != "iteration" or run.get("error_occurred"):
                     continue
-                name = run["run_name"].split("/iterations:")[0].split("/repeats:")[0]
-                manual = name.endswith("/manual_time")
-                name = name.removesuffix("/manual_time")
+                manual = run["run_name"].endswith("/manual_time")
+                name = re.sub("/(iterations:|repeats:|manual_time).*", "", run["run_name"])
                 time = run["real_time" if manual else "cpu_time"]
                 note(name, time * scale[run["time_unit"]])
                 for counter in ("instructions", "syscalls"):

@@ -82,14 +82,28 @@ private:
     int fd_;
 };
 
-// The best of so many runs is one measurement: what disturbs a run only ever makes it slower.
-void measure_cpu_time(benchmark::State &state, const Arguments &arguments, int runs)
+// A program among its peers.
+struct Contender {
+    std::vector<Arguments> programs;
+    size_t measured; // which of them
+
+    const Arguments &arguments() const { return programs[measured]; }
+};
+
+// The best of so many runs is one measurement: what disturbs a run only ever makes it slower.  The
+// peers run in between, so that none has the machine's good moments to itself, and to and fro, so
+// that none always follows the same one.
+void measure_cpu_time(benchmark::State &state, const Contender &contender, int runs)
 {
     const Output output;
     for (auto _ : state) {
         Seconds best = Seconds::max();
         for (int i = 0; i < runs; ++i) {
-            best = std::min<Seconds>(best, cpu_time_of(arguments, output.empty()));
+            for (size_t turn = 0; turn < contender.programs.size(); ++turn) {
+                const size_t p = i % 2 == 0 ? turn : contender.programs.size() - 1 - turn;
+                const Seconds time = cpu_time_of(contender.programs[p], output.empty());
+                best = p == contender.measured ? std::min(best, time) : best;
+            }
         }
         state.SetIterationTime(best.count());
     }
@@ -116,16 +130,16 @@ Counts counts_per_entry(Command command)
     return {(many - few) / (k_many - k_few), calls / k_entries};
 }
 
-void show_last_bench(benchmark::State &state, Command command, const Counts &counts)
+void show_last_bench(benchmark::State &state, const Contender &client, const Counts &counts)
 {
-    measure_cpu_time(state, command(k_entries), 3);
+    measure_cpu_time(state, client, 6);
     state.counters["instructions"] = counts.instructions;
     state.counters["syscalls"] = counts.syscalls;
 }
 
-void show_info_bench(benchmark::State &state, const Arguments &arguments, double instructions)
+void show_info_bench(benchmark::State &state, const Contender &program, double instructions)
 {
-    measure_cpu_time(state, arguments, 20);
+    measure_cpu_time(state, program, 20);
     state.counters["instructions"] = instructions;
 }
 
@@ -241,25 +255,31 @@ void register_all()
     const std::pair<const char *, Command> clients[] = {{"show_last/ruk", show_last},
                                                         {"show_last/floor", by_hand},
                                                         {"show_last/printf", by_printf}};
+    Contender client{{}, 0};
     for (const auto &[name, command] : clients) {
-        add(name, [command = command, counts = counts_per_entry(command)](benchmark::State &state) {
-            show_last_bench(state, command, counts);
-        })->UseManualTime();
+        client.programs.push_back(command(k_entries));
     }
-    const std::pair<const char *, Arguments> programs[] = {
-        {"show_info/ruk", show_info()}, {"show_info/empty_program", empty_program()}};
-    for (const auto &[name, arguments] : programs) {
-        add(name, [arguments = arguments,
-                   counted = once(arguments, instructions_of)](benchmark::State &state) {
-            show_info_bench(state, arguments, counted);
-        })->UseManualTime();
+    for (const auto &[name, command] : clients) {
+        const Counts counts = counts_per_entry(command);
+        add(name, [=](benchmark::State &state) { show_last_bench(state, client, counts); })
+            ->UseManualTime()
+            ->Iterations(1);
+        ++client.measured;
     }
-    add("hold/fast", [](benchmark::State &state) {
-        hold_bench(state, Reader::fast);
-    })->UseManualTime();
-    add("hold/slow", [](benchmark::State &state) {
-        hold_bench(state, Reader::slow);
-    })->UseManualTime();
+    Contender program{{show_info(), empty_program()}, 0};
+    for (const char *name : {"show_info/ruk", "show_info/empty_program"}) {
+        const double counted = once(program.arguments(), instructions_of);
+        add(name, [=](benchmark::State &state) { show_info_bench(state, program, counted); })
+            ->UseManualTime()
+            ->Iterations(5);
+        ++program.measured;
+    }
+    add("hold/fast", [](benchmark::State &state) { hold_bench(state, Reader::fast); })
+        ->UseManualTime()
+        ->Iterations(1);
+    add("hold/slow", [](benchmark::State &state) { hold_bench(state, Reader::slow); })
+        ->UseManualTime()
+        ->Iterations(1);
     benchmark::RegisterBenchmark("format_entry/ruk", format_entry_bench<ruk_log_print_entry>);
     benchmark::RegisterBenchmark("format_entry/ctime_fprintf", format_entry_bench<print_by_printf>);
 }
