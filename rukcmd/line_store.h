@@ -41,8 +41,8 @@ private:
     bool add_slab();
     Block &block_at(size_t index);
 
-    Slab *slabs_[k_most_slabs]; // the blocks behind the first
-    size_t allocated_ = 0;      // slabs
-    size_t used_ = 0;           // blocks
-    Block *open_ = nullptr;     // the last of those
+    Slab *slabs_[k_most_slabs] = {}; // the blocks behind the first
+    size_t allocated_ = 0;           // slabs
+    size_t used_ = 0;                // blocks
+    Block *open_ = nullptr;          // the last of those
 };
