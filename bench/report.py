@@ -12,8 +12,14 @@ import re
 import sys
 
 
+# What Google Benchmark says of each run besides its counters.
+OWN_FIELDS = {"name", "run_name", "run_type", "family_index", "per_family_instance_index",
+              "repetitions", "repetition_index", "threads", "iterations", "real_time", "cpu_time",
+              "time_unit", "error_occurred", "error_message", "label"}
+
+
 def read_results(paths):
-    """The least CPU time in nanoseconds, and the least of each counter, by benchmark name."""
+    """The least CPU time in nanoseconds by benchmark name, the least of a counter by "name/counter"."""
     results = {}
 
     def note(name, value):
@@ -27,13 +33,10 @@ def read_results(paths):
             for run in json.load(file)["benchmarks"]:
                 if run["run_type"] != "iteration" or run.get("error_occurred"):
                     continue
-                manual = run["run_name"].endswith("/manual_time")
-                name = re.sub("/(iterations:|repeats:|manual_time).*", "", run["run_name"])
-                time = run["real_time" if manual else "cpu_time"]
-                note(name, time * scale[run["time_unit"]])
-                for counter in ("instructions", "syscalls"):
-                    if counter in run:
-                        note(f"{name}:{counter}", run[counter])
+                name = re.sub("/(iterations:|repeats:).*", "", run["run_name"])
+                note(name, run["cpu_time"] * scale[run["time_unit"]])
+                for counter in run.keys() - OWN_FIELDS:
+                    note(f"{name}/{counter}", run[counter])
     return results
 
 

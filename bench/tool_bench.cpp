@@ -82,30 +82,35 @@ private:
     int fd_;
 };
 
-// A program among its peers.
-struct Contender {
-    std::vector<Arguments> programs;
-    size_t measured; // which of them
-
-    const Arguments &arguments() const { return programs[measured]; }
+// Times and counts are counters of their comparison's benchmark, by the program's name.
+struct Program {
+    std::string name;
+    Arguments arguments;
 };
 
-// The best of so many runs is one measurement: what disturbs a run only ever makes it slower.  The
-// peers run in between, so that none has the machine's good moments to itself, and to and fro, so
-// that none always follows the same one.
-void measure_cpu_time(benchmark::State &state, const Contender &contender, int runs)
+// What disturbs a run only ever makes it slower.
+void keep_least(benchmark::State &state, const std::string &name, Seconds time)
+{
+    const double nanoseconds = std::chrono::duration<double, std::nano>(time).count();
+    const auto [kept, first] = state.counters.try_emplace(name, nanoseconds);
+    if (!first) {
+        kept->second = std::min<double>(kept->second, nanoseconds);
+    }
+}
+
+// The programs run by turns, so that none has the machine's good moments to itself, and to and fro,
+// so that none always follows the same one.
+void compare_cpu_times(benchmark::State &state, const std::vector<Program> &programs, int rounds)
 {
     const Output output;
     for (auto _ : state) {
-        Seconds best = Seconds::max();
-        for (int i = 0; i < runs; ++i) {
-            for (size_t turn = 0; turn < contender.programs.size(); ++turn) {
-                const size_t p = i % 2 == 0 ? turn : contender.programs.size() - 1 - turn;
-                const Seconds time = cpu_time_of(contender.programs[p], output.empty());
-                best = p == contender.measured ? std::min(best, time) : best;
+        for (int round = 0; round < rounds; ++round) {
+            for (size_t turn = 0; turn < programs.size(); ++turn) {
+                const size_t p = round % 2 == 0 ? turn : programs.size() - 1 - turn;
+                keep_least(state, programs[p].name,
+                           cpu_time_of(programs[p].arguments, output.empty()));
             }
         }
-        state.SetIterationTime(best.count());
     }
 }
 
@@ -115,32 +120,26 @@ template <typename Count> double once(const Arguments &arguments, Count count)
     return static_cast<double>(count(arguments).value_or(0));
 }
 
-using Command = Arguments (*)(uint32_t);
-
-struct Counts {
-    double instructions;
-    double syscalls;
+struct Client {
+    const char *name;
+    Arguments (*command)(uint32_t entries);
 };
 
-Counts counts_per_entry(Command command)
-{
-    const double few = once(command(k_few), instructions_of);
-    const double many = once(command(k_many), instructions_of);
-    const double calls = once(command(k_entries), system_calls_of);
-    return {(many - few) / (k_many - k_few), calls / k_entries};
-}
+constexpr Client k_clients[] = {{"ruk", show_last}, {"floor", by_hand}, {"printf", by_printf}};
 
-void show_last_bench(benchmark::State &state, const Contender &client, const Counts &counts)
-{
-    measure_cpu_time(state, client, 6);
-    state.counters["instructions"] = counts.instructions;
-    state.counters["syscalls"] = counts.syscalls;
-}
+using Counters = std::vector<std::pair<std::string, double>>;
 
-void show_info_bench(benchmark::State &state, const Contender &program, double instructions)
+Counters counts_per_entry()
 {
-    measure_cpu_time(state, program, 20);
-    state.counters["instructions"] = instructions;
+    Counters counts;
+    for (const auto &[name, command] : k_clients) {
+        const double few = once(command(k_few), instructions_of);
+        const double many = once(command(k_many), instructions_of);
+        const double calls = once(command(k_entries), system_calls_of);
+        counts.emplace_back(std::string(name) + ":instructions", (many - few) / (k_many - k_few));
+        counts.emplace_back(std::string(name) + ":syscalls", calls / k_entries);
+    }
+    return counts;
 }
 
 void drain(int fd)
@@ -171,14 +170,11 @@ Seconds hold_time(Reader reader)
     return held;
 }
 
-void hold_bench(benchmark::State &state, Reader reader)
+void hold_bench(benchmark::State &state)
 {
     for (auto _ : state) {
-        Seconds best = Seconds::max();
-        for (int i = 0; i < 3; ++i) {
-            best = std::min<Seconds>(best, hold_time(reader));
-        }
-        state.SetIterationTime(best.count());
+        keep_least(state, "fast", hold_time(Reader::fast));
+        keep_least(state, "slow", hold_time(Reader::slow));
     }
 }
 
@@ -247,39 +243,35 @@ template <auto Print> void format_entry_bench(benchmark::State &state)
     }
 }
 
+void show_last_bench(benchmark::State &state, const Counters &counts)
+{
+    std::vector<Program> programs;
+    for (const auto &[name, command] : k_clients) {
+        programs.push_back({name, command(k_entries)});
+    }
+    compare_cpu_times(state, programs, 6);
+    state.counters.insert(counts.begin(), counts.end());
+}
+
+void show_info_bench(benchmark::State &state, double instructions)
+{
+    compare_cpu_times(state, {{"ruk", show_info()}, {"empty_program", empty_program()}}, 60);
+    state.counters["ruk:instructions"] = instructions;
+}
+
 void register_all()
 {
-    const auto add = [](const char *name, auto &&function) {
-        return benchmark::RegisterBenchmark(name, function)->Unit(benchmark::kMicrosecond);
+    // Short visits, many times over the whole run: a host's noise comes and goes.
+    const auto compare = [](const char *name, auto &&function) {
+        benchmark::RegisterBenchmark(name, function)->Iterations(1)->Repetitions(27);
     };
-    const std::pair<const char *, Command> clients[] = {{"show_last/ruk", show_last},
-                                                        {"show_last/floor", by_hand},
-                                                        {"show_last/printf", by_printf}};
-    Contender client{{}, 0};
-    for (const auto &[name, command] : clients) {
-        client.programs.push_back(command(k_entries));
-    }
-    for (const auto &[name, command] : clients) {
-        const Counts counts = counts_per_entry(command);
-        add(name, [=](benchmark::State &state) { show_last_bench(state, client, counts); })
-            ->UseManualTime()
-            ->Iterations(1);
-        ++client.measured;
-    }
-    Contender program{{show_info(), empty_program()}, 0};
-    for (const char *name : {"show_info/ruk", "show_info/empty_program"}) {
-        const double counted = once(program.arguments(), instructions_of);
-        add(name, [=](benchmark::State &state) { show_info_bench(state, program, counted); })
-            ->UseManualTime()
-            ->Iterations(5);
-        ++program.measured;
-    }
-    add("hold/fast", [](benchmark::State &state) { hold_bench(state, Reader::fast); })
-        ->UseManualTime()
-        ->Iterations(1);
-    add("hold/slow", [](benchmark::State &state) { hold_bench(state, Reader::slow); })
-        ->UseManualTime()
-        ->Iterations(1);
+    compare("show_last", [counts = counts_per_entry()](benchmark::State &state) {
+        show_last_bench(state, counts);
+    });
+    compare("show_info", [counted = once(show_info(), instructions_of)](benchmark::State &state) {
+        show_info_bench(state, counted);
+    });
+    compare("hold", hold_bench);
     benchmark::RegisterBenchmark("format_entry/ruk", format_entry_bench<ruk_log_print_entry>);
     benchmark::RegisterBenchmark("format_entry/ctime_fprintf", format_entry_bench<print_by_printf>);
 }
