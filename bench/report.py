@@ -11,7 +11,6 @@ import os
 import re
 import sys
 
-
 # What Google Benchmark says of each run besides its counters.
 OWN_FIELDS = {"name", "run_name", "run_type", "family_index", "per_family_instance_index",
               "repetitions", "repetition_index", "threads", "iterations", "real_time", "cpu_time",
@@ -19,7 +18,7 @@ OWN_FIELDS = {"name", "run_name", "run_type", "family_index", "per_family_instan
 
 
 def read_results(paths):
-    """The least CPU time in nanoseconds by benchmark name, the least of a counter by "name/counter"."""
+    """The least CPU time in nanoseconds by benchmark, of each counter the least by "name/counter"."""
     results = {}
 
     def note(name, value):
