@@ -18,7 +18,7 @@ OWN_FIELDS = {"name", "run_name", "run_type", "family_index", "per_family_instan
 
 
 def read_results(paths):
-    """The least CPU time in nanoseconds by benchmark, of each counter the least by "name/counter"."""
+    """The least CPU time by benchmark, in nanoseconds; the least of a counter by name/counter."""
     results = {}
 
     def note(name, value):
