@@ -114,12 +114,6 @@ void compare_cpu_times(benchmark::State &state, const std::vector<Program> &prog
     }
 }
 
-// Counts are the same every time, so that each is taken once.
-template <typename Count> double once(const Arguments &arguments, Count count)
-{
-    return static_cast<double>(count(arguments).value_or(0));
-}
-
 struct Client {
     const char *name;
     Arguments (*command)(uint32_t entries);
@@ -127,19 +121,37 @@ struct Client {
 
 constexpr Client k_clients[] = {{"ruk", show_last}, {"floor", by_hand}, {"printf", by_printf}};
 
+// Counts are the same every time, so that each is taken once.  Where processes may not be traced
+// there are none, rather than counts of nothing.
 using Counters = std::vector<std::pair<std::string, double>>;
+
+double user_instructions(const Arguments &arguments)
+{
+    return static_cast<double>(instructions_of(arguments).value());
+}
 
 Counters counts_per_entry()
 {
     Counters counts;
     for (const auto &[name, command] : k_clients) {
-        const double few = once(command(k_few), instructions_of);
-        const double many = once(command(k_many), instructions_of);
-        const double calls = once(command(k_entries), system_calls_of);
+        const double few = user_instructions(command(k_few));
+        const double many = user_instructions(command(k_many));
+        const auto calls = static_cast<double>(system_calls_of(command(k_entries)).value());
         counts.emplace_back(std::string(name) + ":instructions", (many - few) / (k_many - k_few));
         counts.emplace_back(std::string(name) + ":syscalls", calls / k_entries);
     }
     return counts;
+}
+
+Counters counts_of_show_info()
+{
+    return {{"ruk:instructions", user_instructions(show_info())}};
+}
+
+Counters counted(Counters (*count)())
+{
+    const bool may_trace = instructions_of(empty_program()).has_value();
+    return may_trace ? count() : Counters{};
 }
 
 void drain(int fd)
@@ -253,10 +265,10 @@ void show_last_bench(benchmark::State &state, const Counters &counts)
     state.counters.insert(counts.begin(), counts.end());
 }
 
-void show_info_bench(benchmark::State &state, double instructions)
+void show_info_bench(benchmark::State &state, const Counters &counts)
 {
     compare_cpu_times(state, {{"ruk", show_info()}, {"empty_program", empty_program()}}, 60);
-    state.counters["ruk:instructions"] = instructions;
+    state.counters.insert(counts.begin(), counts.end());
 }
 
 void register_all()
@@ -265,11 +277,11 @@ void register_all()
     const auto compare = [](const char *name, auto &&function) {
         benchmark::RegisterBenchmark(name, function)->Iterations(1)->Repetitions(27);
     };
-    compare("show_last", [counts = counts_per_entry()](benchmark::State &state) {
+    compare("show_last", [counts = counted(counts_per_entry)](benchmark::State &state) {
         show_last_bench(state, counts);
     });
-    compare("show_info", [counted = once(show_info(), instructions_of)](benchmark::State &state) {
-        show_info_bench(state, counted);
+    compare("show_info", [counts = counted(counts_of_show_info)](benchmark::State &state) {
+        show_info_bench(state, counts);
     });
     compare("hold", hold_bench);
     benchmark::RegisterBenchmark("format_entry/ruk", format_entry_bench<ruk_log_print_entry>);

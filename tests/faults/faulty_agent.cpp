@@ -22,14 +22,6 @@
 #include "tests/support/eventually.h"
 #include "tests/support/log_records.h"
 
-// Thousands of processes are forked here, each with a copy of the page tables of what
-// AddressSanitizer holds back of freed memory: little, then.
-extern "C" const char *__asan_default_options();
-extern "C" const char *__asan_default_options()
-{
-    return "quarantine_size_mb=4";
-}
-
 namespace ruk_test
 {
 
